@@ -1,0 +1,131 @@
+// The Program: all state the tool keeps while it runs, in one object instead of
+// globals. One current device and key table, one protocol record, one symbol
+// table, one burst sequence, one Pronto record, one open IR database, one LIR
+// table, the format flags and the form model of both windows. Routines take the
+// Program by reference; tests make a fresh one per case.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "adi/lir_types.h"
+#include "generate/burst_types.h"
+#include "input/defines_types.h"
+#include "input/key_types.h"
+#include "pronto/ir_code_types.h"
+#include "protocol/protocol_types.h"
+#include "shell/forms.h"
+#include "shell/host.h"
+
+namespace bw {
+
+namespace jet {
+class Database;
+}
+
+/// Where a message arose: the file being read and its line (0 when not reading).
+struct MessageSource {
+  std::string file;
+  int line = 0;
+};
+
+struct Program {
+  /// The person (or test script) at the other end. Never null while commands run.
+  Host* host = nullptr;
+
+  // ---- windows ----
+  MainForm F;
+  DetailsForm DBG;
+
+  // ---- start-up ----
+  /// Folder of the program: template, "Generated IRDBs", "Slinke Library", "ADI Library".
+  std::filesystem::path ProgramFolder;
+  /// The command line as one text (only "SNAP" in it matters).
+  std::string CommandLine;
+  /// Full path of the Device Library, no trailing separator.
+  std::string DeviceLibraryPath;
+  bool QuitRequested = false;
+
+  // ---- output format flags: exactly one is true ----
+  bool FormatPronto = true;
+  bool FormatSlinkTxOnly = false;
+  bool FormatSlinkTxRx = false;
+  bool FormatADI = false;
+  bool SnapMode = false;
+
+  // ---- protocol and symbols ----
+  ProtocolRecord Protocol;
+  std::string LastModulationText = "PWM";
+  std::string LastBitOrderText = "LSB";
+  DefinesTable Defines;
+  int32_t CurrentDeviceCode = 0;
+  int32_t CurrentFunctionCode = 0;
+  int32_t CurrentExtension = 0;
+  /// Running sum of absolute durations since the start of the current frame.
+  int32_t FrameTime = 0;
+
+  // ---- device ----
+  KeyTable Keys;
+  bool SwitchWildcard = false;
+  int16_t VaryingSwitch = 0;
+  int16_t Switch1Setting = 0;
+  int16_t Switch2Setting = 0;
+  /// Xantech sweep selector: 0 none, 1 sweep the first code, 2 the second.
+  int16_t XantechSweep = 0;
+  int16_t XantechCode1 = 0;
+  int16_t XantechCode2 = 0;
+
+  // ---- generation ----
+  BurstSequence Burst;
+
+  // ---- Pronto database ----
+  IRCodeRecord IRCode;
+  int16_t ButtonSequence = 0;
+  bool DatabaseOpen = false;
+  std::shared_ptr<jet::Database> Database;
+  /// Test seam: when set, the Pronto writers hand each finished record here
+  /// instead of storing it with AddIRCode.
+  std::function<void(Program&)> IRCodeSink;
+
+  // ---- Slink-e ----
+  std::string SlinkText;
+  std::string SlinkFileName;
+  bool SlinkError = false;
+
+  // ---- ADI ----
+  LirTable Lir;
+  LirRecord CurrentLirRecord;
+  /// 0 waiting, 1 go on without adding, 2 add every key from now on.
+  int16_t AdiKeyChoice = 0;
+
+  // ---- details dialog ----
+  int16_t WaveformOffset = 0;
+
+  // ---- diagnostics ----
+  MessageSource Source;
+
+  /// Shows a plain OK message (the common case) through the host.
+  void Message(const std::string& text) { host->MsgBox(text, MsgBoxStyle::OKOnly); }
+};
+
+/// While alive, messages are attributed to `file` and the reader's current line;
+/// restores the previous source when it ends (a device file loading its protocol).
+class SourceScope {
+ public:
+  SourceScope(Program& p, std::string file) : p_(p), saved_(p.Source) {
+    p_.Source.file = std::move(file);
+    p_.Source.line = 0;
+  }
+  ~SourceScope() { p_.Source = saved_; }
+  SourceScope(const SourceScope&) = delete;
+  SourceScope& operator=(const SourceScope&) = delete;
+
+ private:
+  Program& p_;
+  MessageSource saved_;
+};
+
+}  // namespace bw
