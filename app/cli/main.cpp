@@ -1,0 +1,529 @@
+// burstwright-cli: the headless front end. It drives the same core commands as
+// the desktop program (loading a device goes through Lex_Click, runs through the
+// frames' own run commands) with a host that prints messages instead of showing
+// boxes, answers questions from --yes, and presses "All Keys" for ADI runs.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "adi/adi.h"
+#include "generate/generate.h"
+#include "input/defines.h"
+#include "input/subroutines.h"
+#include "pronto/db_access.h"
+#include "pronto/db_run.h"
+#include "pronto/pronto_code.h"
+#include "protocol/protocol.h"
+#include "runtime/files.h"
+#include "runtime/numbers.h"
+#include "runtime/run_time_error.h"
+#include "runtime/text.h"
+#include "shell/commands.h"
+#include "shell/program.h"
+#include "shell/startup.h"
+#include "slinke/slinke.h"
+
+namespace fs = std::filesystem;
+
+namespace bw::cli {
+namespace {
+
+constexpr int kExitClean = 0;
+constexpr int kExitMessages = 1;
+constexpr int kExitUsage = 2;
+constexpr int kExitRunTimeError = 3;
+
+const char* const kUsage =
+    "usage: burstwright-cli [--library DIR] [--home DIR] [--yes] COMMAND [ARGS]\n"
+    "  --library DIR   the Device Library folder itself; default: discovery as in the desktop\n"
+    "                  program, from the current folder, then from the program's folder\n"
+    "  --home DIR      the program folder (template, \"Generated IRDBs\", \"Slinke Library\",\n"
+    "                  \"ADI Library\"); default: the executable's folder\n"
+    "  --yes           answer Yes to every question (default: No)\n"
+    "\n"
+    "  devices                          device names, one a line, as the device list shows them\n"
+    "  protocols                        protocol names, one a line, as the protocol list shows them\n"
+    "  bursts DEVICE [--output FORMAT]  JSON of every generated key\n"
+    "                                   (FORMAT: pronto | slinke-tx | slinke-txrx | adi; default pronto)\n"
+    "  pronto DEVICE [--hex]            Pronto code text of every key\n"
+    "  database DEVICE --db FILE [--create]   the Pronto database run into FILE;\n"
+    "                                   --create makes FILE from the template first\n"
+    "  slinke DEVICE [--txrx] [--description TEXT]   writes the .cde into \"Slinke Library\",\n"
+    "                                   prints its path\n"
+    "  adi DEVICE --out FILE [--description TEXT]    every key's record, as if \"All Keys\" was\n"
+    "                                   pressed, into FILE (a new file)\n"
+    "  lir FILE                         one line per record: number, device part, key part,\n"
+    "                                   carrier byte, pulse bytes in hex\n"
+    "  check                            loads every protocol file, then every device file;\n"
+    "                                   prints every message\n";
+
+struct UsageError {
+  std::string text;
+};
+
+/// The host of the command line: messages go to stderr as one line each,
+/// questions are answered from --yes, file dialogs answer the path given on the
+/// command line, and an ADI wait is answered with "All Keys".
+class CliHost : public Host {
+ public:
+  Program* program = nullptr;
+  bool answerYes = false;
+  /// Prefix of every message line ("DEVICE" or "FILE"); empty in check mode.
+  std::string context;
+  /// check mode: messages are attributed to FILE:LINE of the reader.
+  bool sourceMode = false;
+  std::string dialogAnswer;
+  std::vector<std::string> messages;
+  bool progress = false;
+  int progressTotal = 0;
+  int progressCount = 0;
+  std::string lastLabel;
+
+  MsgBoxResult MsgBox(const std::string& text, MsgBoxStyle style) override {
+    std::string line = OneLine(text);
+    messages.push_back(line);
+    ClearProgress();
+    if (sourceMode && !program->Source.file.empty()) {
+      std::cerr << program->Source.file << ":" << program->Source.line << ": " << line << "\n";
+    } else {
+      std::cerr << context << ": " << line << "\n";
+    }
+    if (style == MsgBoxStyle::OKOnly) return MsgBoxResult::OK;
+    return answerYes ? MsgBoxResult::Yes : MsgBoxResult::No;
+  }
+  std::string OpenFileDialog(const std::string&, const std::string&) override { return dialogAnswer; }
+  std::string SaveFileDialog(const std::string&, const std::string&) override { return dialogAnswer; }
+  void DoEvents() override {
+    Program& p = *program;
+    if (p.FormatADI && p.AdiKeyChoice == 0 && p.F.cmdadiall.enabled) cmdadiall_Click(p);
+    if (progress && !p.Burst.BurstLabel.empty() && p.Burst.BurstLabel != lastLabel) {
+      lastLabel = p.Burst.BurstLabel;
+      ++progressCount;
+      std::cerr << "\rkey " << progressCount << " of " << progressTotal << "   " << std::flush;
+    }
+  }
+  void ShowDetails() override {}
+  void HideDetails() override {}
+  void SetBusy(bool) override {}
+  void Quit() override { program->QuitRequested = true; }
+
+  void ClearProgress() {
+    if (progress && progressCount > 0) std::cerr << "\r\033[K" << std::flush;
+  }
+
+  static std::string OneLine(const std::string& text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') {
+        out += " | ";
+        ++i;
+      } else if (text[i] == '\n' || text[i] == '\r') {
+        out += " | ";
+      } else {
+        out += text[i];
+      }
+    }
+    return out;
+  }
+};
+
+struct Options {
+  std::string library;
+  std::string home;
+  bool yes = false;
+  std::string command;
+  std::vector<std::string> args;
+};
+
+Options ParseOptions(int argc, char** argv) {
+  Options o;
+  int i = 1;
+  for (; i < argc; ++i) {
+    std::string a = argv[i];
+    if (a == "--library" || a == "--home") {
+      if (i + 1 >= argc) throw UsageError{a + " needs a folder"};
+      (a == "--library" ? o.library : o.home) = argv[++i];
+    } else if (a == "--yes") {
+      o.yes = true;
+    } else if (a == "--help" || a == "-h") {
+      o.command = "help";
+      return o;
+    } else if (!a.empty() && a[0] == '-') {
+      throw UsageError{"unknown option " + a};
+    } else {
+      break;
+    }
+  }
+  if (i >= argc) throw UsageError{"no command"};
+  o.command = argv[i++];
+  for (; i < argc; ++i) o.args.emplace_back(argv[i]);
+  return o;
+}
+
+/// The command's own arguments: positional ones, flags and flags with a value.
+struct CommandArgs {
+  std::vector<std::string> positional;
+  std::map<std::string, std::string> values;
+  std::map<std::string, bool> flags;
+};
+
+CommandArgs SplitArgs(const std::vector<std::string>& args, const std::vector<std::string>& flagNames,
+                      const std::vector<std::string>& valueNames) {
+  CommandArgs c;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& a = args[i];
+    if (a.rfind("--", 0) == 0) {
+      bool isFlag = std::find(flagNames.begin(), flagNames.end(), a) != flagNames.end();
+      bool isValue = std::find(valueNames.begin(), valueNames.end(), a) != valueNames.end();
+      if (isFlag) {
+        c.flags[a] = true;
+      } else if (isValue) {
+        if (i + 1 >= args.size()) throw UsageError{a + " needs a value"};
+        c.values[a] = args[++i];
+      } else {
+        throw UsageError{"unknown option " + a};
+      }
+    } else {
+      c.positional.push_back(a);
+    }
+  }
+  return c;
+}
+
+/// Discovery as the desktop program does it, from one starting folder.
+std::string DiscoverLibrary(const std::string& start) {
+  std::string base = start;
+  while (!base.empty()) {
+    std::string candidate = base == "/" ? "/Device Library" : base + "/Device Library";
+    if (FolderExists(candidate)) return candidate;
+    if (base == "/") break;
+    std::string before = base;
+    base = ParentFolder(base);
+    if (base.empty() && before.size() > 1 && before[0] == '/') base = "/";
+    if (base == before) break;
+  }
+  return {};
+}
+
+class Cli {
+ public:
+  Cli(const Options& o) : options_(o) {
+    host_.program = &p_;
+    host_.answerYes = o.yes;
+    p_.host = &host_;
+  }
+
+  int Run() {
+    const std::string& c = options_.command;
+    if (c == "help") {
+      std::cout << kUsage;
+      return kExitClean;
+    }
+    if (c == "lir") return Lir();
+    if (c != "devices" && c != "protocols" && c != "bursts" && c != "pronto" && c != "database" &&
+        c != "slinke" && c != "adi" && c != "check")
+      throw UsageError{"unknown command " + c};
+    if (!Start()) return kExitRunTimeError;
+    if (c == "devices") return Devices();
+    if (c == "protocols") return Protocols();
+    if (c == "check") return Check();
+    if (c == "bursts") return Bursts();
+    if (c == "pronto") return Pronto();
+    if (c == "database") return Database();
+    if (c == "slinke") return Slinke();
+    return Adi();
+  }
+
+ private:
+  int Exit() const { return host_.messages.empty() ? kExitClean : kExitMessages; }
+
+  /// The start-up of the desktop program, with the library found as the options say.
+  bool Start() {
+    p_.ProgramFolder = options_.home.empty() ? ExecutableFolder() : fs::absolute(options_.home);
+    std::string library = options_.library;
+    if (library.empty()) library = DiscoverLibrary(fs::current_path().string());
+    if (library.empty()) library = DiscoverLibrary(ExecutableFolder().string());
+    if (library.empty() || !FolderExists(library)) {
+      std::cerr << "Can not locate Device Library\n";
+      return false;
+    }
+    std::string path = fs::absolute(library).lexically_normal().string();
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    Form_Load(p_);
+    p_.F.Output.Clear();
+    for (const char* name : {"Philips Pronto", "Nirvis TX Only", "Nirvis Tx/Rx", "ADI Leopard"})
+      p_.F.Output.AddItem(name);
+    p_.F.Output.listIndex = 0;
+    p_.DeviceLibraryPath = path;
+    p_.Keys.Clear();
+    ListProtocolNames(p_);
+    ListDeviceFiles(p_);
+    p_.F.Check1.value = 0;
+    return true;
+  }
+
+  void SelectOutput(int index) {
+    p_.F.Output.listIndex = index;
+    Output_Click(p_);
+  }
+
+  /// Selects DEVICE in the device list (case ignored) and loads it through Lex_Click.
+  void LoadDevice(const std::string& name) {
+    std::string wanted = UCase(name);
+    for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
+      if (UCase(p_.F.Lex.items[i]) == wanted) {
+        host_.context = p_.F.Lex.items[i];
+        p_.F.Lex.listIndex = static_cast<int>(i);
+        Lex_Click(p_);
+        return;
+      }
+    }
+    throw UsageError{"no device " + name + " in " + p_.DeviceLibraryPath};
+  }
+
+  std::string OneDevice(const CommandArgs& a) {
+    if (a.positional.size() != 1) throw UsageError{options_.command + " takes one DEVICE"};
+    return a.positional[0];
+  }
+
+  int Devices() {
+    for (const auto& d : p_.F.Lex.items) std::cout << d << "\n";
+    return Exit();
+  }
+
+  int Protocols() {
+    for (const auto& f : p_.F.format.items) std::cout << f << "\n";
+    return Exit();
+  }
+
+  int Check() {
+    host_.sourceMode = true;
+    host_.context = "check";
+    for (const auto& name : std::vector<std::string>(p_.F.format.items)) LoadProtocol(p_, name);
+    for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
+      p_.F.Lex.listIndex = static_cast<int>(i);
+      host_.context = p_.F.Lex.items[i];
+      Lex_Click(p_);
+    }
+    return Exit();
+  }
+
+  static void JsonString(std::ostream& out, const std::string& s) {
+    out << '"';
+    for (unsigned char ch : s) {
+      switch (ch) {
+        case '"': out << "\\\""; break;
+        case '\\': out << "\\\\"; break;
+        case '\n': out << "\\n"; break;
+        case '\r': out << "\\r"; break;
+        case '\t': out << "\\t"; break;
+        default:
+          if (ch < 0x20) {
+            char buf[8];
+            std::snprintf(buf, sizeof buf, "\\u%04x", ch);
+            out << buf;
+          } else {
+            out << ch;
+          }
+      }
+    }
+    out << '"';
+  }
+
+  int Bursts() {
+    CommandArgs a = SplitArgs(options_.args, {}, {"--output"});
+    std::string device = OneDevice(a);
+    std::string output = a.values.count("--output") ? a.values["--output"] : "pronto";
+    static const std::map<std::string, int> kOutputs = {
+        {"pronto", 0}, {"slinke-tx", 1}, {"slinke-txrx", 2}, {"adi", 3}};
+    auto it = kOutputs.find(output);
+    if (it == kOutputs.end()) throw UsageError{"unknown output format " + output};
+    SelectOutput(it->second);
+    LoadDevice(device);
+
+    std::ostringstream keys;
+    bool raw = p_.F.format.text == "RAW";
+    bool first = true;
+    for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
+      ResetBurstSequence(p_);
+      if (raw) {
+        if (!LoadRawKey(p_, k)) break;
+        p_.Burst.BurstLabel = p_.Keys[k].Label;
+      } else {
+        BuildKeySequence(p_, k);
+      }
+      const BurstSequence& b = p_.Burst;
+      keys << (first ? "" : ",") << "\n    {\"label\": ";
+      first = false;
+      JsonString(keys, b.BurstLabel);
+      keys << ", \"device\": " << b.BurstDeviceCode << ", \"function\": " << b.BurstFunctionCode
+           << ", \"once\": [";
+      for (int i = 1; i <= b.OnceCount; ++i) keys << (i > 1 ? ", " : "") << b.BurstDurations(i);
+      keys << "], \"repeat\": [";
+      for (int i = 1; i <= b.RepeatPartCount; ++i)
+        keys << (i > 1 ? ", " : "") << b.BurstDurations(b.OnceCount + i);
+      keys << "]}";
+    }
+
+    std::ostream& out = std::cout;
+    out << "{\"device\": ";
+    JsonString(out, host_.context);
+    out << ", \"manufacturer\": ";
+    JsonString(out, p_.F.MFG.text);
+    out << ", \"model\": ";
+    JsonString(out, p_.F.Model.text);
+    out << ", \"type\": ";
+    JsonString(out, p_.F.Device.text);
+    out << ", \"protocol\": ";
+    JsonString(out, raw ? std::string("RAW") : p_.Protocol.ProtocolName);
+    out << ", \"frequency\": " << p_.Protocol.Frequency << ",\n  \"keys\": [" << keys.str() << "\n  ],\n"
+        << "  \"messages\": [";
+    for (std::size_t i = 0; i < host_.messages.size(); ++i) {
+      out << (i ? ", " : "");
+      JsonString(out, host_.messages[i]);
+    }
+    out << "]}\n";
+    return Exit();
+  }
+
+  int Pronto() {
+    CommandArgs a = SplitArgs(options_.args, {"--hex"}, {});
+    std::string device = OneDevice(a);
+    SelectOutput(0);
+    LoadDevice(device);
+    p_.DBG.HexOPT.value = a.flags.count("--hex") ? 1 : 0;
+    p_.IRCodeSink = [](Program& p) {
+      const IRCodeRecord& r = p.IRCode;
+      std::cout << r.Label << "\n";
+      if (r.FormatText != "0x0000") {
+        // predefined RC5/RC6 codes have no burst words: their format word and code numbers
+        std::cout << r.FormatText << "\n" << r.BurstText << "\n";
+        return;
+      }
+      p.DBG.lblOnceCount.caption = std::to_string(r.OnceCount);
+      p.DBG.lblRepeatCount.caption = std::to_string(r.RepeatCount);
+      ShowProntoText(p);
+      std::string text = p.DBG.Text1.text;
+      if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+      std::string::size_type pos;
+      while ((pos = text.find("\r\n")) != std::string::npos) text.replace(pos, 2, "\n");
+      std::cout << text << "\n";
+    };
+    GenerateKeys(p_, p_.F.format.text, ParseNumber(p_.F.DC.text), CInt(ParseNumber(p_.F.FFC.text)),
+                 CInt(ParseNumber(p_.F.LFC.text)));
+    return Exit();
+  }
+
+  void StartProgress() {
+    host_.progress = isatty(2) != 0;
+    host_.progressTotal = p_.Keys.UpperBound();
+  }
+
+  int Database() {
+    CommandArgs a = SplitArgs(options_.args, {"--create"}, {"--db"});
+    std::string device = OneDevice(a);
+    if (!a.values.count("--db")) throw UsageError{"database needs --db FILE"};
+    std::string file = fs::absolute(a.values["--db"]).string();
+    SelectOutput(0);
+    LoadDevice(device);
+    if (a.flags.count("--create")) {
+      host_.dialogAnswer = file;
+      NewDB_Click(p_);
+    } else {
+      p_.F.dbname.text = file;
+      OpenIRDatabase(p_, file);
+      p_.F.LoadDB.caption = "Close";
+    }
+    if (!p_.DatabaseOpen) return kExitRunTimeError;
+    StartProgress();
+    GenerateIRDatabase(p_);
+    host_.ClearProgress();
+    CloseIRDatabase(p_);
+    return Exit();
+  }
+
+  int Slinke() {
+    CommandArgs a = SplitArgs(options_.args, {"--txrx"}, {"--description"});
+    std::string device = OneDevice(a);
+    SelectOutput(a.flags.count("--txrx") ? 2 : 1);
+    LoadDevice(device);
+    if (a.values.count("--description")) p_.F.txtdescr.text = a.values["--description"];
+    StartProgress();
+    cmdSlinkXqt_Click(p_);
+    host_.ClearProgress();
+    fs::path written = p_.ProgramFolder / "Slinke Library" / (p_.SlinkFileName + ".cde");
+    if (p_.SlinkText.empty() && fs::exists(written)) std::cout << written.string() << "\n";
+    return Exit();
+  }
+
+  int Adi() {
+    CommandArgs a = SplitArgs(options_.args, {}, {"--out", "--description"});
+    std::string device = OneDevice(a);
+    if (!a.values.count("--out")) throw UsageError{"adi needs --out FILE"};
+    std::string file = fs::absolute(a.values["--out"]).string();
+    SelectOutput(3);
+    LoadDevice(device);
+    if (a.values.count("--description")) p_.F.ADIdescr.text = a.values["--description"];
+    cmdAdiNew_Click(p_);
+    StartProgress();
+    cmdADIxqt_Click(p_);
+    host_.ClearProgress();
+    host_.dialogAnswer = file;
+    cmdADIsave_Click(p_);
+    return Exit();
+  }
+
+  int Lir() {
+    if (options_.args.size() != 1) throw UsageError{"lir takes one FILE"};
+    host_.context = options_.args[0];
+    if (!fs::exists(options_.args[0])) {
+      std::cerr << options_.args[0] << ": File not found\n";
+      return kExitRunTimeError;
+    }
+    ReadLirFile(p_, options_.args[0]);
+    for (int r = 1; r <= p_.Lir.UpperBound(); ++r) {
+      p_.Lir.Current = static_cast<int16_t>(r);
+      ShowLirRecord(p_);
+      const LirRecord& rec = p_.Lir.records[static_cast<std::size_t>(r)];
+      std::cout << r << "\t" << p_.F.ADIFileDevice.text << "\t" << p_.F.AdiFileKey.text << "\t"
+                << static_cast<int>(rec.CarrierByte) << "\t";
+      char buf[4];
+      for (uint8_t b : rec.PulseBytes) {
+        if (b == 0) break;
+        std::snprintf(buf, sizeof buf, "%02X", b);
+        std::cout << buf;
+      }
+      std::cout << "\n";
+    }
+    return Exit();
+  }
+
+  Options options_;
+  CliHost host_;
+  Program p_;
+};
+
+}  // namespace
+}  // namespace bw::cli
+
+int main(int argc, char** argv) {
+  using namespace bw::cli;
+  try {
+    Options options = ParseOptions(argc, argv);
+    Cli cli(options);
+    return cli.Run();
+  } catch (const UsageError& e) {
+    std::cerr << "burstwright-cli: " << e.text << "\n\n" << kUsage;
+    return kExitUsage;
+  } catch (const bw::RunTimeError& e) {
+    std::cerr << "Run-time error '" << e.number() << "': " << e.description() << "\n";
+    return kExitRunTimeError;
+  }
+}
