@@ -1,0 +1,282 @@
+#include "jet/table.h"
+
+#include <algorithm>
+
+#include "jet/data_page.h"
+#include "jet/database.h"
+#include "jet/jet_errors.h"
+#include "jet/usage_map.h"
+
+namespace bw::jet {
+namespace {
+// A data page holds at most 256 rows: the row number in a row id is one byte.
+constexpr size_t kMaxRowsPerPage = 255;
+}  // namespace
+
+Table::Table(Database& db, std::string name, TableDef def) : db_(db), name_(std::move(name)), def_(std::move(def)) {
+  for (size_t i = 0; i < def_.columns.size(); ++i) columnIndex_[UpperName(def_.columns[i].name)] = int(i);
+}
+
+int Table::ColumnIndex(const std::string& name) const {
+  auto it = columnIndex_.find(UpperName(name));
+  return it == columnIndex_.end() ? -1 : it->second;
+}
+
+const std::vector<uint32_t>& Table::OwnedPages() {
+  if (!ownedLoaded_) {
+    PageFile& f = db_.file();
+    UsageMap map(f, def_.ownedPagesMap, false);
+    owned_.clear();
+    for (uint32_t p : map.Pages())
+      if (p < f.pageCount()) owned_.push_back(p);
+    for (uint32_t p : owned_) {
+      const Bytes& pg = f.Page(p);
+      if (pg[0] != page_type::kData) continue;
+      if (PageOwner(pg) == def_.page) lastDataPage_ = std::max(lastDataPage_, p);
+      if (PageOwner(pg) == kLvalOwner) lastLvalPage_ = std::max(lastLvalPage_, p);
+    }
+    ownedLoaded_ = true;
+  }
+  return owned_;
+}
+
+std::vector<RowId> Table::RowIds() {
+  PageFile& f = db_.file();
+  const bool j4 = f.jet4();
+  std::vector<RowId> ids;
+  for (uint32_t p : OwnedPages()) {
+    const Bytes& pg = f.Page(p);
+    if (pg[0] != page_type::kData || PageOwner(pg) != def_.page) continue;
+    int n = SlotCount(pg, j4);
+    for (int i = 0; i < n; ++i) {
+      uint16_t e = SlotEntry(pg, j4, i);
+      bool deleted = e & row_flag::kDeleted;
+      bool overflow = e & row_flag::kOverflow;
+      // Deleted rows have both flags; a moved row's target has only the
+      // deleted flag and is reached through its pointer.
+      if (deleted) continue;
+      (void)overflow;
+      ids.push_back(RowId{p, uint8_t(i)});
+    }
+  }
+  return ids;
+}
+
+RowId Table::Resolve(RowId id) {
+  PageFile& f = db_.file();
+  const bool j4 = f.jet4();
+  for (int hops = 0; hops < 8; ++hops) {
+    if (id.page >= f.pageCount()) ThrowCorrupt(f.path());
+    const Bytes& pg = f.Page(id.page);
+    if (pg[0] != page_type::kData || id.row >= SlotCount(pg, j4)) ThrowCorrupt(f.path());
+    uint16_t e = SlotEntry(pg, j4, id.row);
+    if ((e & row_flag::kOverflow) == 0) return id;
+    if (e & row_flag::kDeleted) ThrowJet(jet_err::kRecordIsDeleted, "Record is deleted.");
+    size_t start, len;
+    SlotBounds(pg, j4, id.row, start, len);
+    if (len < 4) ThrowCorrupt(f.path());
+    id = RowId::FromPacked(Get32(&pg[start]));
+  }
+  ThrowCorrupt(f.path());
+}
+
+const std::vector<Value>& Table::ReadRow(RowId id) {
+  auto it = rowCache_.find(id.Packed());
+  if (it != rowCache_.end()) return it->second;
+  PageFile& f = db_.file();
+  const bool j4 = f.jet4();
+  {
+    const Bytes& pg = f.Page(id.page);
+    if (pg[0] != page_type::kData || id.row >= SlotCount(pg, j4)) ThrowCorrupt(f.path());
+    uint16_t e = SlotEntry(pg, j4, id.row);
+    if ((e & row_flag::kDeleted) && (e & row_flag::kOverflow))
+      ThrowJet(jet_err::kRecordIsDeleted, "Record is deleted.");
+  }
+  RowId at = Resolve(id);
+  const Bytes& pg = f.Page(at.page);
+  size_t start, len;
+  SlotBounds(pg, j4, at.row, start, len);
+  Bytes row(pg.begin() + long(start), pg.begin() + long(start + len));
+  auto values = DecodeRow(def_, j4, row.data(), row.size(), [this](const uint8_t* h) { return ReadLongValue(h); });
+  return rowCache_[id.Packed()] = std::move(values);
+}
+
+Bytes Table::ReadLongValue(const uint8_t* header) {
+  PageFile& f = db_.file();
+  const bool j4 = f.jet4();
+  uint32_t head = Get32(header);
+  size_t total = head & kLongValueLengthMask;
+  RowId at = RowId::FromPacked(Get32(header + 4));
+  Bytes out;
+  bool single = head & kLongValueSinglePage;
+  for (int guard = 0; guard < 1 << 20 && out.size() < total; ++guard) {
+    if (at.page == 0 || at.page >= f.pageCount()) break;
+    const Bytes& pg = f.Page(at.page);
+    if (pg[0] != page_type::kData || at.row >= SlotCount(pg, j4)) break;
+    size_t start, len;
+    SlotBounds(pg, j4, at.row, start, len);
+    if (single) {
+      out.insert(out.end(), pg.begin() + long(start), pg.begin() + long(start + std::min(len, total)));
+      break;
+    }
+    if (len < 4) break;
+    RowId next = RowId::FromPacked(Get32(&pg[start]));
+    size_t take = std::min(len - 4, total - out.size());
+    out.insert(out.end(), pg.begin() + long(start + 4), pg.begin() + long(start + 4 + take));
+    at = next;
+  }
+  return out;
+}
+
+void Table::CheckWritable() const {
+  PageFile& f = db_.file();
+  if (f.readOnly()) ThrowReadOnly("");
+  if (!f.jet4()) ThrowReadOnly("this engine writes Jet 4 (Access 2000-2003) files only; '" + f.path() +
+                               "' is a Jet 3 (Access 97) file");
+  if (def_.realIndexes > 0 || def_.logicalIndexes > 0)
+    ThrowReadOnly("table '" + name_ + "' has indexes, which this engine cannot maintain");
+}
+
+void Table::AddOwnedPage(uint32_t page, bool dataPage) {
+  PageFile& f = db_.file();
+  auto alloc = [this](const Bytes& b) { return db_.AllocatePage(b); };
+  UsageMap(f, def_.ownedPagesMap, false).Set(page, true, alloc);
+  if (dataPage) {
+    UsageMap freeMap(f, def_.freePagesMap, false);
+    freeMap.Set(page, true, alloc);
+    // The page before it will not be filled any further.
+    if (lastDataPage_ != 0 && lastDataPage_ != page) freeMap.Set(lastDataPage_, false, alloc);
+  }
+  OwnedPages();
+  owned_.insert(std::upper_bound(owned_.begin(), owned_.end(), page), page);
+}
+
+RowId Table::PlaceRow(const Bytes& bytes, uint16_t flags) {
+  PageFile& f = db_.file();
+  const size_t maxRow = f.pageSize() - DataPageHeaderSize(true) - 2;
+  if (bytes.size() > maxRow) ThrowJet(3047, "Record is too large.");
+  OwnedPages();
+  if (lastDataPage_ != 0) {
+    const Bytes& pg = f.Page(lastDataPage_);
+    auto slots = ReadSlots(pg, true);
+    if (slots.size() < kMaxRowsPerPage && SpaceNeeded(slots, true) + 2 + bytes.size() <= f.pageSize()) {
+      slots.push_back(Slot{flags, bytes});
+      f.WritePage(lastDataPage_, BuildDataPage(true, f.pageSize(), def_.page, slots));
+      return RowId{lastDataPage_, uint8_t(slots.size() - 1)};
+    }
+  }
+  uint32_t page = db_.AllocatePage(BuildDataPage(true, f.pageSize(), def_.page, {Slot{flags, bytes}}));
+  AddOwnedPage(page, true);
+  lastDataPage_ = page;
+  return RowId{page, 0};
+}
+
+Bytes Table::StoreLongValue(const Bytes& payload) {
+  PageFile& f = db_.file();
+  Bytes field(12, 0);
+  if (payload.size() <= kMaxInlineLongValue) {
+    Put32(&field[0], uint32_t(payload.size()) | kLongValueInline);
+    field.insert(field.end(), payload.begin(), payload.end());
+    return field;
+  }
+  const size_t onePage = f.pageSize() - DataPageHeaderSize(true) - 2;
+  if (payload.size() <= onePage) {
+    RowId at;
+    bool placed = false;
+    if (lastLvalPage_ != 0) {
+      auto slots = ReadSlots(f.Page(lastLvalPage_), true);
+      if (slots.size() < kMaxRowsPerPage && SpaceNeeded(slots, true) + 2 + payload.size() <= f.pageSize()) {
+        slots.push_back(Slot{0, payload});
+        f.WritePage(lastLvalPage_, BuildDataPage(true, f.pageSize(), kLvalOwner, slots));
+        at = RowId{lastLvalPage_, uint8_t(slots.size() - 1)};
+        placed = true;
+      }
+    }
+    if (!placed) {
+      uint32_t page = db_.AllocatePage(BuildDataPage(true, f.pageSize(), kLvalOwner, {Slot{0, payload}}));
+      AddOwnedPage(page, false);
+      lastLvalPage_ = page;
+      at = RowId{page, 0};
+    }
+    Put32(&field[0], uint32_t(payload.size()) | kLongValueSinglePage);
+    Put32(&field[4], at.Packed());
+    return field;
+  }
+  // A chain of pages, one piece each; written from the last piece back so
+  // that every page is complete before anything points to it.
+  const size_t piece = onePage - 4;
+  size_t pieces = (payload.size() + piece - 1) / piece;
+  RowId next{0, 0};
+  for (size_t k = pieces; k-- > 0;) {
+    size_t from = k * piece;
+    size_t n = std::min(piece, payload.size() - from);
+    Bytes row(4, 0);
+    Put32(row.data(), next.Packed());
+    row.insert(row.end(), payload.begin() + long(from), payload.begin() + long(from + n));
+    uint32_t page = db_.AllocatePage(BuildDataPage(true, f.pageSize(), kLvalOwner, {Slot{0, row}}));
+    AddOwnedPage(page, false);
+    next = RowId{page, 0};
+  }
+  Put32(&field[0], uint32_t(payload.size()));
+  Put32(&field[4], next.Packed());
+  return field;
+}
+
+RowId Table::Insert(const std::vector<Value>& values) {
+  CheckWritable();
+  Bytes row = EncodeRow(def_, values, [this](const Bytes& p) { return StoreLongValue(p); });
+  RowId id = PlaceRow(row, 0);
+  ++def_.rowCount;
+  WriteRowCount(db_.file(), def_);
+  return id;
+}
+
+void Table::Update(RowId id, const std::vector<Value>& values) {
+  CheckWritable();
+  PageFile& f = db_.file();
+  RowId at = Resolve(id);
+  Bytes row = EncodeRow(def_, values, [this](const Bytes& p) { return StoreLongValue(p); });
+  rowCache_.erase(id.Packed());
+  auto slots = ReadSlots(f.Page(at.page), true);
+  Bytes old = slots[at.row].data;
+  slots[at.row].data = row;
+  if (SpaceNeeded(slots, true) <= f.pageSize()) {
+    f.WritePage(at.page, BuildDataPage(true, f.pageSize(), def_.page, slots));
+    return;
+  }
+  // The row no longer fits its page: it moves, and its place keeps a pointer.
+  RowId moved = PlaceRow(row, row_flag::kDeleted);
+  auto home = ReadSlots(f.Page(id.page), true);
+  Bytes pointer(4);
+  Put32(pointer.data(), moved.Packed());
+  home[id.row] = Slot{row_flag::kOverflow, pointer};
+  f.WritePage(id.page, BuildDataPage(true, f.pageSize(), def_.page, home));
+  if (!(at == id)) {
+    auto prev = ReadSlots(f.Page(at.page), true);
+    prev[at.row] = Slot{uint16_t(row_flag::kDeleted | row_flag::kOverflow), {}};
+    f.WritePage(at.page, BuildDataPage(true, f.pageSize(), def_.page, prev));
+  }
+}
+
+void Table::Delete(RowId id) {
+  CheckWritable();
+  PageFile& f = db_.file();
+  RowId at = Resolve(id);
+  rowCache_.erase(id.Packed());
+  const uint16_t gone = row_flag::kDeleted | row_flag::kOverflow;
+  auto slots = ReadSlots(f.Page(id.page), true);
+  if (slots[id.row].flags & gone) {
+    if ((slots[id.row].flags & gone) == gone) ThrowJet(jet_err::kRecordIsDeleted, "Record is deleted.");
+  }
+  slots[id.row] = Slot{gone, {}};
+  f.WritePage(id.page, BuildDataPage(true, f.pageSize(), def_.page, slots));
+  if (!(at == id)) {
+    auto moved = ReadSlots(f.Page(at.page), true);
+    moved[at.row] = Slot{gone, {}};
+    f.WritePage(at.page, BuildDataPage(true, f.pageSize(), def_.page, moved));
+  }
+  if (def_.rowCount > 0) --def_.rowCount;
+  WriteRowCount(f, def_);
+}
+
+}  // namespace bw::jet
