@@ -15,9 +15,13 @@ bool NullBit(const uint8_t* mask, size_t maskLen, uint16_t number) {
   return (mask[number / 8] >> (number % 8)) & 1;
 }
 
-Value FixedValue(const ColumnDef& c, const uint8_t* p) {
+Value FixedValue(const ColumnDef& c, bool jet4, const uint8_t* p) {
   Value v;
   switch (c.type) {
+    case ColumnType::kText:
+      v.kind = Value::Kind::kText;
+      v.text = jet4 ? DecodeJet4Text(p, c.length) : DecodeCp1252(p, c.length);
+      break;
     case ColumnType::kByte: v.kind = Value::Kind::kByte; v.integer = p[0]; break;
     case ColumnType::kInteger: v.kind = Value::Kind::kInteger; v.integer = int16_t(Get16(p)); break;
     case ColumnType::kLong:
@@ -43,6 +47,8 @@ Value FixedValue(const ColumnDef& c, const uint8_t* p) {
 Value VariableValue(const ColumnDef& c, bool jet4, const uint8_t* p, size_t len, const LongValueReader& readLong) {
   Value v;
   auto text = [&](const uint8_t* d, size_t n) { return jet4 ? DecodeJet4Text(d, n) : DecodeCp1252(d, n); };
+  // Later Access versions store some numeric columns as variable ones.
+  if (FixedSize(c.type) > 0 && len >= FixedSize(c.type)) return FixedValue(c, jet4, p);
   switch (c.type) {
     case ColumnType::kText: v.kind = Value::Kind::kText; v.text = text(p, len); break;
     case ColumnType::kMemo:
@@ -118,8 +124,9 @@ std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row,
     if (!present) continue;
     if (c.fixed()) {
       size_t start = countSize + c.fixedOffset;
-      if (start + FixedSize(c.type) > length) continue;
-      out[k] = FixedValue(c, row + start);
+      size_t width = c.type == ColumnType::kText || c.type == ColumnType::kBinary ? c.length : FixedSize(c.type);
+      if (start + width > length) continue;
+      out[k] = FixedValue(c, jet4, row + start);
     } else {
       if (size_t(c.varIndex) + 1 >= varOffsets.size()) continue;
       size_t start = varOffsets[c.varIndex];
