@@ -179,6 +179,8 @@ Bytes Table::StoreLongValue(const Bytes& payload) {
     field.insert(field.end(), payload.begin(), payload.end());
     return field;
   }
+  // LVAL pages belong to no usage map of the table (Access keeps them out of
+  // it too); the rows that point to them are what keeps them alive.
   const size_t onePage = f.pageSize() - DataPageHeaderSize(true) - 2;
   if (payload.size() <= onePage) {
     RowId at;
@@ -194,7 +196,6 @@ Bytes Table::StoreLongValue(const Bytes& payload) {
     }
     if (!placed) {
       uint32_t page = db_.AllocatePage(BuildDataPage(true, f.pageSize(), kLvalOwner, {Slot{0, payload}}));
-      AddOwnedPage(page, false);
       lastLvalPage_ = page;
       at = RowId{page, 0};
     }
@@ -214,7 +215,6 @@ Bytes Table::StoreLongValue(const Bytes& payload) {
     Put32(row.data(), next.Packed());
     row.insert(row.end(), payload.begin() + long(from), payload.begin() + long(from + n));
     uint32_t page = db_.AllocatePage(BuildDataPage(true, f.pageSize(), kLvalOwner, {Slot{0, row}}));
-    AddOwnedPage(page, false);
     next = RowId{page, 0};
   }
   Put32(&field[0], uint32_t(payload.size()));

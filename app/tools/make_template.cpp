@@ -1,0 +1,69 @@
+// make_template OUTPUT.mdb: writes the empty IR database that new databases
+// are copied from: an Access 2000 file with the tables "Manufacturers",
+// "Device Types", "Devices" and "IR Codes", locked with the program's
+// database password. Replaces OUTPUT when it exists.
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "jet/database.h"
+#include "runtime/run_time_error.h"
+
+namespace {
+
+using bw::jet::ColumnType;
+using bw::jet::NewTable;
+
+// The text every IR database is locked with; the program opens them with it.
+constexpr const char* kDatabasePassword = "3f8c1d7e05b62";
+
+std::vector<NewTable> IrTables() {
+  using T = ColumnType;
+  return {
+      {"Manufacturers", {{"name", T::kText, 255}, {"id", T::kInteger}, {"RecordType", T::kInteger}}},
+      {"Device Types", {{"name", T::kText, 255}, {"DeviceTypeid", T::kInteger}, {"RecordType", T::kInteger}}},
+      {"Devices",
+       {{"DeviceID", T::kLong},
+        {"DeviceTypeid", T::kInteger},
+        {"IManufacturerID", T::kInteger},
+        {"ManufacturerID", T::kInteger},
+        {"Model", T::kText, 255},
+        {"RecordType", T::kInteger}}},
+      {"IR Codes",
+       {{"DeviceID", T::kLong},
+        {"ButtonID", T::kLong},
+        {"FunctionID", T::kInteger},
+        {"Label", T::kText, 255},
+        {"FullText", T::kMemo},
+        {"Details", T::kText, 255},
+        {"Carrier", T::kInteger},
+        {"OnceCounter", T::kInteger},
+        {"RepeatCounter", T::kInteger},
+        {"IRcode", T::kMemo},
+        {"RecordType", T::kInteger}}},
+  };
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: make_template OUTPUT.mdb\n");
+    return 2;
+  }
+  std::string out = argv[1];
+  std::string temp = out + ".new";
+  try {
+    std::filesystem::remove(temp);
+    auto db = bw::jet::Database::Create(temp, IrTables(), kDatabasePassword);
+    db->Close();
+    std::filesystem::rename(temp, out);
+  } catch (const bw::RunTimeError& e) {
+    std::fprintf(stderr, "make_template: %s\n", e.description().c_str());
+    return 1;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "make_template: %s\n", e.what());
+    return 1;
+  }
+  return 0;
+}
