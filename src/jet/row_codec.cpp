@@ -175,7 +175,9 @@ int64_t Value::AsInteger() const {
     case Kind::kText: case Kind::kMemo: {
       char* end = nullptr;
       double d = std::strtod(text.c_str(), &end);
-      if (text.empty() || end == text.c_str()) ThrowConversion();
+      while (end && *end == ' ') ++end;
+      // The whole text must be the number: "12x" is no number.
+      if (text.empty() || end == text.c_str() || *end != '\0') ThrowConversion();
       return std::llrint(d);
     }
     case Kind::kBinary: case Kind::kOle: case Kind::kGuid: case Kind::kNumeric: ThrowConversion();
