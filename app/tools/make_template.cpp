@@ -7,15 +7,13 @@
 #include <string>
 
 #include "jet/database.h"
+#include "pronto/db_access.h"
 #include "runtime/run_time_error.h"
 
 namespace {
 
 using bw::jet::ColumnType;
 using bw::jet::NewTable;
-
-// The text every IR database is locked with; the program opens them with it.
-constexpr const char* kDatabasePassword = "3f8c1d7e05b62";
 
 std::vector<NewTable> IrTables() {
   using T = ColumnType;
@@ -55,7 +53,7 @@ int main(int argc, char** argv) {
   std::string temp = out + ".new";
   try {
     std::filesystem::remove(temp);
-    auto db = bw::jet::Database::Create(temp, IrTables(), kDatabasePassword);
+    auto db = bw::jet::Database::Create(temp, IrTables(), bw::kIRDatabasePassword);
     db->Close();
     std::filesystem::rename(temp, out);
   } catch (const bw::RunTimeError& e) {

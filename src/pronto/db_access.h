@@ -10,6 +10,12 @@
 
 namespace bw {
 
+/// The password every IR database is locked with (the template is made with
+/// it; the program opens databases with "; pwd=" followed by it).
+inline constexpr const char* kIRDatabasePassword = "3f8c1d7e05b62";
+
+/// Opens `path` exclusively with the password, keeps it as the current
+/// database (replacing any other), fills the lists, resets ButtonSequence.
 void OpenIRDatabase(Program& p, const std::string& path);
 void CloseIRDatabase(Program& p);
 void FillDatabaseLists(Program& p);
