@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include "jet/database.h"
 
 namespace jettest {
@@ -136,11 +138,22 @@ inline std::vector<std::string> OurExport(bw::jet::Database& db, const std::stri
   return lines;
 }
 
+/// Removes the folders TempDir made when the test program ends.
+struct TempDirCleaner {
+  std::vector<std::filesystem::path> dirs;
+  ~TempDirCleaner() {
+    std::error_code ec;
+    for (const auto& d : dirs) std::filesystem::remove_all(d, ec);
+  }
+};
+
 /// A fresh empty folder for one test.
 inline std::filesystem::path TempDir(const std::string& name) {
+  static TempDirCleaner cleaner;
   auto dir = std::filesystem::temp_directory_path() / ("bw_jet_" + std::to_string(::getpid()) + "_" + name);
   std::filesystem::remove_all(dir);
   std::filesystem::create_directories(dir);
+  cleaner.dirs.push_back(dir);
   return dir;
 }
 
