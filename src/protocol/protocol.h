@@ -3,6 +3,7 @@
 // protocol record and the symbol table, and fills them from the file.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "shell/program.h"
@@ -23,6 +24,10 @@ bool ParseProtocolKeyword(Program& p, const std::string& keyword, const std::str
                           ProtocolScratch& scratch, bool acceptUnknown);
 void ResetProtocol(Program& p, ProtocolScratch& scratch);
 void ScaleProtocolTimes(Program& p, const ProtocolScratch& scratch);
+/// One ONE/ZERO number in microseconds: a number below the time base counts in
+/// time-base units (times `timeBase`, rounded half to even); any other number is
+/// not used and `unused` comes back. A time base of 0 counts as 1.
+int32_t ScaleProtocolTime(float number, int16_t timeBase, int32_t unused);
 void RegisterFormSymbols(Program& p, const std::string& form);
 void CompileProtocolForm(Program& p);
 void SelectProtocolInList(Program& p, const std::string& name);

@@ -1,0 +1,243 @@
+#include "protocol/protocol.h"
+
+#include <filesystem>
+
+#include "input/defines.h"
+#include "input/subroutines.h"
+#include "runtime/files.h"
+#include "runtime/numbers.h"
+#include "runtime/text.h"
+
+namespace bw {
+
+namespace {
+
+/// A protocol line taken apart into its keyword (blanks removed, upper case) and value.
+struct Statement {
+  std::string keyword;
+  std::string value;
+};
+
+/// Splits at the first "=": the usual "KEYWORD = value" form.
+Statement SplitAtEquals(const std::string& line) {
+  std::string rest = line;
+  std::string keyword = RemoveBlanks(GetToken(rest, "="));
+  return {keyword, rest};
+}
+
+/// Splits at the first blank: the "KEYWORD value" form.
+Statement SplitAtBlank(const std::string& line) {
+  std::string rest = line;
+  std::string keyword = RemoveBlanks(GetToken(rest, " "));
+  return {keyword, rest};
+}
+
+bool NamesProtocol(const std::string& keyword) { return keyword == "FORMAT" || keyword == "PROTOCOL"; }
+
+/// True when one of the file's FORMAT/PROTOCOL lines names `wanted` (blanks removed, upper case).
+bool FileNamesProtocol(const std::filesystem::path& path, const std::string& wanted) {
+  TextFileReader reader(path);
+  std::string line;
+  while (ReadCleanLine(reader, line)) {
+    if (Trim(line).empty()) continue;
+    Statement s = SplitAtEquals(line);
+    if (!NamesProtocol(s.keyword)) s = SplitAtBlank(line);
+    if (NamesProtocol(s.keyword) && RemoveBlanks(s.value) == wanted) return true;
+  }
+  return false;
+}
+
+/// Reads "mark , space" leniently: each the longest leading number, else 0.
+void ReadTimePair(const std::string& value, float& mark, float& space) {
+  std::string rest = value;
+  mark = static_cast<float>(Val(GetToken(rest, ",")));
+  space = static_cast<float>(Val(rest));
+}
+
+// Fixed texts of the loader's messages. The misspellings are what users of the
+// protocol files have always seen and searched for; they stay as they are.
+constexpr const char* kModulationList = "PWM PPM BI-PHASE RC5 RC6";
+constexpr const char* kBitOrderList = "LSB MSB";
+
+}  // namespace
+
+// ---- finding and loading a protocol file ----
+
+bool LoadProtocol(Program& p, const std::string& name) {
+  const std::filesystem::path folder = p.DeviceLibraryPath;
+  const std::string wanted = RemoveBlanks(name);
+  std::filesystem::path found;
+  for (const std::string& file : ListFolder(folder, ".irp")) {
+    if (FileNamesProtocol(folder / file, wanted)) {
+      found = folder / file;
+      break;
+    }
+  }
+  if (found.empty()) return false;
+
+  p.Defines.Clear();
+  ProtocolScratch scratch;
+  ResetProtocol(p, scratch);
+  {
+    SourceScope scope(p, found.string());
+    TextFileReader reader(found);
+    std::string line;
+    while (ReadCleanLine(reader, line)) {
+      if (Trim(line).empty()) continue;
+      p.Source.line = reader.LineNumber();
+      Statement s = SplitAtEquals(line);
+      if (ParseProtocolLine(p, s.keyword, s.value, scratch)) continue;
+      s = SplitAtBlank(line);
+      if (ParseProtocolLine(p, s.keyword, s.value, scratch)) continue;
+      p.Message("Bad Command in Protocol File " + line);
+    }
+    ScaleProtocolTimes(p, scratch);
+    CompileProtocolForm(p);
+  }
+  return true;
+}
+
+void ResetProtocol(Program& p, ProtocolScratch& scratch) {
+  p.Protocol = ProtocolRecord{};
+  p.Protocol.Modulation = "PWM";
+  p.Protocol.BitOrder = "LSB";
+  scratch = ProtocolScratch{};
+}
+
+// ---- statements ----
+
+bool ParseProtocolLine(Program& p, const std::string& keyword, const std::string& value,
+                       ProtocolScratch& scratch) {
+  if (keyword == "DEVICE" || keyword == "FUNCTION" || keyword == "TOLERANCE" || keyword == "INTERMESSAGE" ||
+      keyword == "NAME")
+    return true;  // accepted; nothing reads them (NAME never fills ProtocolTitle)
+  if (keyword == "PROTOCOL") {
+    p.Protocol.ProtocolName = UCase(value);
+    SelectProtocolInList(p, value);
+    return true;
+  }
+  return ParseProtocolKeyword(p, keyword, value, scratch, false);
+}
+
+bool ParseProtocolKeyword(Program& p, const std::string& keyword, const std::string& value,
+                          ProtocolScratch& scratch, bool acceptUnknown) {
+  ProtocolRecord& r = p.Protocol;
+  if (keyword == "MODULATION") {
+    // A substring test: any part of the list passes as it stands ("M", "PHASE", "").
+    p.LastModulationText = RemoveBlanks(value);
+    if (Contains(kModulationList, p.LastModulationText)) {
+      r.Modulation = p.LastModulationText;
+    } else {
+      p.Message("Modulation Paramaeter " + p.LastModulationText + " is Not recognized, PWM assumed");
+      r.Modulation = "PWM";
+    }
+  } else if (keyword == "BITORDER" || keyword == "FIRSTBIT") {
+    p.LastBitOrderText = RemoveBlanks(value);
+    if (Contains(kBitOrderList, p.LastBitOrderText)) {
+      r.BitOrder = p.LastBitOrderText;
+    } else {
+      p.Message("Bit Order Paramaeter " + p.LastBitOrderText + " is Not recognized, LSB assumed");
+      r.BitOrder = "LSB";
+    }
+  } else if (keyword == "FORM") {
+    std::string rest = value;
+    r.FormOnce = UCase(GetToken(rest, ";"));
+    r.FormRepeat = UCase(rest);
+  } else if (keyword == "ONE") {
+    ReadTimePair(value, scratch.OneMark, scratch.OneSpace);
+  } else if (keyword == "ZERO") {
+    ReadTimePair(value, scratch.ZeroMark, scratch.ZeroSpace);
+  } else if (keyword == "FREQUENCY") {
+    r.Frequency = CLng(Val(value));
+  } else if (keyword == "REPEAT") {
+    r.RepeatCount = CInt(Val(value));
+  } else if (keyword == "TIMEBASE") {
+    r.TimeBase = CInt(Val(value));
+  } else if (keyword == "DEFINE" || keyword == "DEFAULT") {
+    DefineSymbol(p, value, false);
+  } else if (keyword == "CERTIFIED" || keyword.empty()) {
+    // accepted and ignored ("= ..." lines have an empty keyword)
+  } else {
+    return acceptUnknown;
+  }
+  return true;
+}
+
+// ---- after the file was read ----
+
+int32_t ScaleProtocolTime(float number, int16_t timeBase, int32_t unused) {
+  if (timeBase == 0) timeBase = 1;
+  // ONE and ZERO are written in time-base units; a number that is not below the
+  // time base would be a microsecond value and is deliberately not used.
+  if (number < static_cast<float>(timeBase)) return CLng(static_cast<double>(number * static_cast<float>(timeBase)));
+  return unused;
+}
+
+void ScaleProtocolTimes(Program& p, const ProtocolScratch& scratch) {
+  ProtocolRecord& r = p.Protocol;
+  if (r.TimeBase == 0) r.TimeBase = 1;
+  r.OneMark = ScaleProtocolTime(scratch.OneMark, r.TimeBase, 0);
+  r.OneSpace = ScaleProtocolTime(scratch.OneSpace, r.TimeBase, 0);
+  r.ZeroMark = ScaleProtocolTime(scratch.ZeroMark, r.TimeBase, 0);
+  r.ZeroSpace = ScaleProtocolTime(scratch.ZeroSpace, r.TimeBase, 0);
+}
+
+void RegisterFormSymbols(Program& p, const std::string& form) {
+  std::string rest = form;
+  while (!rest.empty()) {
+    std::string item = GetToken(rest, ",");
+    std::string symbol;
+    std::size_t colon = item.find(':');
+    if (colon != std::string::npos) {
+      symbol = Trim(UCase(item.substr(0, colon)));
+      if (!symbol.empty() && (symbol[0] == '-' || symbol[0] == '+')) symbol.erase(0, 1);
+      if (IsNumeric(symbol)) continue;  // a constant, not a name
+    } else {
+      if (item == "_" || item == "*" || item == "R*" || item == "R_") continue;
+      symbol = UCase(item);
+    }
+    // Empty items and inline raw lists ("[9000 -4500]") name nothing.
+    if (symbol.empty() || symbol[0] == '[') continue;
+    if (LookupDefine(p, symbol) == 0) p.Defines.entries.push_back(DefineEntry{symbol, "", 0, define_kind::kNumber});
+  }
+}
+
+/// Binds `text` ("DEVICE" or "FUNCTION") to `name` unless some entry already stands for it.
+static void BindPerKeyVariable(Program& p, const std::string& text, const std::string& name) {
+  bool bound = false;
+  for (int i = 1; i <= p.Defines.UpperBound(); ++i)
+    if (UCase(p.Defines[i].Text) == text) bound = true;
+  if (bound) return;
+  int index = LookupDefine(p, name);
+  if (index != 0) {
+    p.Defines[index].Text = text;
+    p.Defines[index].Kind = define_kind::kPerKeyVariable;
+  } else {
+    p.Defines.entries.push_back(DefineEntry{name, text, 0, define_kind::kPerKeyVariable});
+  }
+}
+
+void CompileProtocolForm(Program& p) {
+  const ProtocolRecord& r = p.Protocol;
+  if (r.FormOnce.empty() && r.FormRepeat.empty()) {
+    p.Message("No form has beeen specified for " + r.ProtocolName + " Protocol");
+  } else {
+    if (!r.FormOnce.empty()) RegisterFormSymbols(p, r.FormOnce);
+    if (!r.FormRepeat.empty() && r.FormRepeat != r.FormOnce) RegisterFormSymbols(p, r.FormRepeat);
+  }
+  // Unless the protocol bound the codes to names of its own, forms call them D and F.
+  BindPerKeyVariable(p, "DEVICE", "D");
+  BindPerKeyVariable(p, "FUNCTION", "F");
+}
+
+void SelectProtocolInList(Program& p, const std::string& name) {
+  const std::string wanted = RemoveBlanks(name);
+  for (std::size_t i = 0; i < p.F.format.items.size(); ++i) {
+    if (RemoveBlanks(p.F.format.items[i]) == wanted) {
+      p.F.format.Select(static_cast<int>(i));
+      return;
+    }
+  }
+}
+
+}  // namespace bw
