@@ -1,0 +1,145 @@
+// The text helpers of every reader and writer. See subroutines.h.
+#include "input/subroutines.h"
+
+#include <cmath>
+#include <fstream>
+#include <system_error>
+#include <vector>
+
+#include "runtime/numbers.h"
+#include "runtime/run_time_error.h"
+#include "runtime/text.h"
+
+namespace bw {
+
+namespace {
+
+// Length in bytes of the UTF-8 character that begins with `lead` (1 for a stray byte).
+std::size_t CharacterLength(std::string_view text, std::size_t pos) {
+  const auto lead = static_cast<unsigned char>(text[pos]);
+  std::size_t length = 1;
+  if ((lead & 0xE0) == 0xC0) length = 2;
+  else if ((lead & 0xF0) == 0xE0) length = 3;
+  else if ((lead & 0xF8) == 0xF0) length = 4;
+  if (pos + length > text.size()) return 1;
+  for (std::size_t i = 1; i < length; ++i)
+    if ((static_cast<unsigned char>(text[pos + i]) & 0xC0) != 0x80) return 1;
+  return length;
+}
+
+bool StartsWithIgnoringCase(std::string_view text, std::size_t pos, std::string_view part) {
+  if (pos + part.size() > text.size()) return false;
+  return UCase(text.substr(pos, part.size())) == UCase(part);
+}
+
+}  // namespace
+
+std::string GetToken(std::string& text, std::string_view separator) {
+  const std::string_view sep = separator.empty() ? std::string_view(" ") : separator;
+  if (text.empty()) return std::string();
+
+  std::string token;
+  bool insideQuotes = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '"') {
+      insideQuotes = !insideQuotes;  // the quote itself is never part of the token
+    } else if (StartsWithIgnoringCase(text, i, sep)) {
+      if (!insideQuotes) {
+        std::string result = Trim(token);
+        text = Trim(std::string_view(text).substr(i + sep.size()));
+        return result;
+      }
+      token += c;  // a protected separator: only its first character is taken here
+    } else {
+      token += c;
+    }
+  }
+  text.clear();
+  return Trim(token);
+}
+
+int32_t ParseNumber(std::string_view text, bool hexadecimal) {
+  if (hexadecimal) return HexToLong(text);
+  if (text.size() >= 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) return HexToLong(text.substr(2));
+  // The decimal reading stops at the first character that cannot continue a number.
+  return CLng(Val(text));
+}
+
+int16_t CountFields(std::string_view text, char separator) {
+  int16_t count = 1;
+  for (const char c : text)
+    if (c == separator) count = Add16(count, 1);
+  return count;
+}
+
+int16_t HexDigitValue(std::string_view character) {
+  if (character.empty()) return 0;
+  const char c = character[0];
+  if (c >= '0' && c <= '9') return static_cast<int16_t>(c - '0');
+  if (c >= 'A' && c <= 'F') return static_cast<int16_t>(c - 'A' + 10);
+  if (c >= 'a' && c <= 'f') return static_cast<int16_t>(c - 'a' + 10);
+  return 0;
+}
+
+int32_t HexToLong(std::string_view digits) {
+  // Split into characters first: a character that is not a digit still takes one place.
+  std::vector<std::string_view> characters;
+  for (std::size_t i = 0; i < digits.size();) {
+    const std::size_t length = CharacterLength(digits, i);
+    characters.push_back(digits.substr(i, length));
+    i += length;
+  }
+  int32_t sum = 0;
+  int place = 0;
+  for (auto it = characters.rbegin(); it != characters.rend(); ++it, ++place) {
+    // Summed in floating point and brought back to 32 bits at every step, so a
+    // sum beyond 2147483647 stops with Overflow.
+    sum = CLng(static_cast<double>(sum) + HexDigitValue(*it) * std::pow(16.0, place));
+  }
+  return sum;
+}
+
+std::string HexDigitChar(int value) {
+  // Lower case on purpose: the hexadecimal text written out is lower case
+  // while the reading side accepts either.
+  static constexpr char kDigits[] = "0123456789abcdef";
+  if (value < 0 || value > 15) return std::string();
+  return std::string(1, kDigits[value]);
+}
+
+std::string CleanFileName(std::string_view text) {
+  static constexpr std::string_view kRemoved = "/\\:*?<>|";
+  std::string out;
+  out.reserve(text.size());
+  for (const char c : text)
+    if (kRemoved.find(c) == std::string_view::npos) out += c;
+  return out;
+}
+
+bool FileExists(const std::filesystem::path& path) {
+  std::error_code ec;
+  if (std::filesystem::is_directory(path, ec)) return false;
+  std::ifstream in(path, std::ios::binary);
+  return static_cast<bool>(in);
+}
+
+std::string RemoveBlanks(std::string_view text) {
+  std::string out;
+  for (const char c : UCase(text))
+    if (c != ' ') out += c;
+  return out;
+}
+
+bool ReadCleanLine(TextFileReader& file, std::string& line) {
+  if (!file.ReadLine(line)) {
+    line.clear();
+    return false;
+  }
+  const std::size_t apostrophe = line.find('\'');
+  if (apostrophe != std::string::npos && apostrophe > 0) line.erase(apostrophe);
+  if (!line.empty() && (line[0] == '\'' || line[0] == ';')) line.clear();
+  return true;
+}
+
+}  // namespace bw
