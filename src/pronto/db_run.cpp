@@ -57,20 +57,6 @@ void SetDeleteButtons(Program& p, bool enabled) {
   p.F.DBdvcDel.enabled = enabled;
 }
 
-/// Refills `list` with the upper-cased `column` of every row of `table`.
-void RefillList(Program& p, const std::string& table, const std::string& column, ComboBox& list) {
-  auto rs = Db(p).OpenRecordset(table);
-  list.Clear();
-  if (rs->RecordCount() > 0) {
-    rs->MoveFirst();
-    while (!rs->Eof()) {
-      list.AddItem(Upper(rs->Field(column).AsText()));
-      rs->MoveNext();
-    }
-  }
-  rs->Close();
-}
-
 /// The generator over the device code and function range of the window's fields.
 void GenerateFromFields(Program& p) {
   GenerateKeys(p, p.F.format.text, ParseNumber(p.F.DC.text), CInt(ParseNumber(p.F.FFC.text)),
