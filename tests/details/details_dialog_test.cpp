@@ -44,7 +44,7 @@ struct Details : ::testing::Test {
   void PressWhenShown(void (*handler)(Program&)) {
     auto step = std::make_shared<std::function<void()>>();
     *step = [this, handler, step] {
-      if (p.DBG.Next.enabled) handler(p);
+      if (t.host.detailsShown > 0 && p.DBG.Next.enabled) handler(p);
       else t.host.Click(*step);
     };
     t.host.Click(*step);
@@ -145,6 +145,11 @@ TEST_F(Details, SkipDuringAProntoRunStillStoresTheEntry) {
   ProntoWriteCode(p, 0);
   EXPECT_EQ(t.host.detailsShown, 1);
   EXPECT_EQ(stored, 1);
+  // Pronto counts pairs: 4 once durations are 2 pairs, 3 repeat durations 1.5 -> 2
+  // (half to even); the code text is built from these two labels.
+  EXPECT_EQ(p.DBG.lblOnceCount.caption, "2");
+  EXPECT_EQ(p.DBG.lblRepeatCount.caption, "2");
+  EXPECT_EQ(p.DBG.Text1.text.substr(0, 22), "0000 0106 0002 0002 \r\n");
 }
 
 TEST_F(Details, SkipDuringASlinkeRunStillWritesTheEntry) {

@@ -84,7 +84,8 @@ TEST(Waveform, NecAndSonyFramesBothFillTheViewAtFullScale) {
 TEST(Waveform, SmallerScalesShowProportionallyMoreTime) {
   test::TestProgram t;
   int onceCount = 0;
-  SetBurst(t.p, NecFrame(onceCount), onceCount);
+  auto d = NecFrame(onceCount);
+  SetBurst(t.p, d, onceCount);
   Option1_Click(t.p, 1);
   WaveformGeometry half = DrawWaveform(t.p);
   EXPECT_EQ(half.viewWidth, 108000);
