@@ -99,18 +99,18 @@ void ReadFormat(Program& p, const std::string& value) {
   if (!LoadProtocol(p, value)) p.Message("Format " + value + " is not in Device Library");
 }
 
-/// A protocol statement in the device header adds to or overrides the protocol
-/// loaded by FORMAT: DEFINE/DEFAULT may give a value to a name the protocol
-/// already holds (a form symbol, a definition); ONE and ZERO follow the protocol
-/// files' unit rule against the current time base and leave the protocol's pair
-/// where the number is not used; a FORM registers its symbols and the D/F names.
-void ReadProtocolStatement(Program& p, const std::string& keyword, const std::string& value) {
+/// One protocol statement of a device header; false when the keyword is none.
+/// DEFINE/DEFAULT may give a value to a name the protocol already holds (a form
+/// symbol, a definition); ONE and ZERO follow the protocol files' unit rule
+/// against the current time base and leave the protocol's pair where a number
+/// is not used; a FORM registers its symbols and the D/F names.
+bool ApplyProtocolStatement(Program& p, const std::string& keyword, const std::string& value) {
   if (keyword == "DEFINE" || keyword == "DEFAULT") {
     DefineSymbol(p, value, true);
-    return;
+    return true;
   }
   ProtocolScratch scratch;
-  ParseProtocolKeyword(p, keyword, value, scratch, true);
+  if (!ParseProtocolKeyword(p, keyword, value, scratch, false)) return false;
   ProtocolRecord& r = p.Protocol;
   if (keyword == "ONE") {
     r.OneMark = ScaleProtocolTime(scratch.OneMark, r.TimeBase, r.OneMark);
@@ -121,6 +121,19 @@ void ReadProtocolStatement(Program& p, const std::string& keyword, const std::st
   } else if (keyword == "FORM") {
     CompileProtocolForm(p);
   }
+  return true;
+}
+
+/// A header line that is no device keyword adds to or overrides the protocol
+/// loaded by FORMAT. As in protocol files it may be written "KEYWORD = value" or
+/// "KEYWORD value" (so "DEFINE X = 5" works in both kinds of file); a line that
+/// is a protocol statement under neither split is passed over.
+void ReadProtocolStatement(Program& p, const std::string& keyword, const std::string& value,
+                           const std::string& line) {
+  if (ApplyProtocolStatement(p, keyword, value)) return;
+  std::string rest = line;
+  const std::string blankKeyword = RemoveBlanks(GetToken(rest, " "));
+  ApplyProtocolStatement(p, blankKeyword, rest);
 }
 
 /// DEVICECODE: a number, or two switch positions "first/second". False aborts the load.
@@ -167,7 +180,7 @@ bool ReadHeaderLine(Program& p, const std::string& line, DeviceReaderState& s) {
   else if (keyword == "NUMBERBASE") s.hexadecimal = UCase(value) == "HEX";
   else if (keyword == "BIGENDIAN") s.bigEndian = UCase(value) == "TRUE";
   else if (keyword == "CERTIFIED") ReadCertified(p, value);
-  else ReadProtocolStatement(p, keyword, value);
+  else ReadProtocolStatement(p, keyword, value, line);
   return true;
 }
 
