@@ -16,8 +16,11 @@ void ShowEntryText(Program& p);
 void Next_Click(Program& p);
 void Skip_Click(Program& p);
 void Finish_Click(Program& p);
+/// WaveformOffset + 5 (Overflow at the top); the view then redraws from DrawWaveform.
 void Command1_Click(Program& p);
+/// Selects scale `index` (0 "x1", 1 "x1/2", 2 "x1/4") and clears the other two.
 void Option1_Click(Program& p, int index);
+/// Refills the code text; the front end has stored the box's new value first.
 void HexOPT_Click(Program& p);
 
 /// One point of the waveform trace: x in view units, y 0 (carrier off) or 1 (on).
@@ -32,6 +35,8 @@ struct WaveformGeometry {
   std::vector<WavePoint> repeat;
   double viewWidth = 0;  ///< x extent of the drawing area in view units
 };
+/// Pure: the view calls it whenever it shows the dialog (after ShowEntryDetails,
+/// Option1 and Command1), so those only change the state it reads.
 WaveformGeometry DrawWaveform(const Program& p);
 
 }  // namespace bw
