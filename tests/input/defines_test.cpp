@@ -9,152 +9,105 @@
 namespace bw {
 namespace {
 
-using test::TestProgram;
+struct DefinesTest : ::testing::Test {
+  test::TestProgram t;
+  const DefineEntry& Entry(const std::string& name) { return t.p.Defines[LookupDefine(t.p, name)]; }
+  /// Defines "NAME = text" and gives the kind it was classified as.
+  int16_t KindOf(const std::string& line) {
+    DefineSymbol(t.p, line, true);
+    return Entry(line.substr(0, line.find(" = "))).Kind;
+  }
+};
 
-const DefineEntry& Entry(const Program& p, const std::string& name) { return p.Defines[LookupDefine(p, name)]; }
-
-TEST(DefineSymbol, AsAndEqualsBothDefineANumber) {
-  TestProgram t;
+TEST_F(DefinesTest, AsAndEqualsBothDefineANumber) {
   DefineSymbol(t.p, "X AS 5", false);
   DefineSymbol(t.p, "y = 7", false);
-  EXPECT_EQ(Entry(t.p, "X").Kind, 1);
-  EXPECT_EQ(Entry(t.p, "X").Value, 5);
-  EXPECT_EQ(Entry(t.p, "Y").Name, "Y");
-  EXPECT_EQ(Entry(t.p, "Y").Kind, 1);
-  EXPECT_EQ(Entry(t.p, "Y").Value, 7);
+  EXPECT_EQ(Entry("X").Kind, 1);
+  EXPECT_EQ(Entry("X").Value, 5);
+  EXPECT_EQ(Entry("Y").Name, "Y");
+  EXPECT_EQ(Entry("Y").Value, 7);
   EXPECT_TRUE(t.host.messages.empty());
 }
 
-TEST(DefineSymbol, DuplicateIsRefusedUnlessReplacingIsAllowed) {
-  TestProgram t;
+TEST_F(DefinesTest, DuplicateIsRefusedUnlessReplacingIsAllowed) {
   DefineSymbol(t.p, "X = 5", false);
   DefineSymbol(t.p, "x = 6", false);
-  ASSERT_EQ(t.host.messages.size(), 1u);
-  EXPECT_EQ(t.host.messages[0], "Duplicate Definition for label X");
-  EXPECT_EQ(Entry(t.p, "X").Value, 5);
-  EXPECT_EQ(Entry(t.p, "X").Text, "5");
-
+  EXPECT_EQ(t.host.messages, std::vector<std::string>{"Duplicate Definition for label X"});
+  EXPECT_EQ(Entry("X").Value, 5);
   DefineSymbol(t.p, "X = 6", true);
-  EXPECT_EQ(t.host.messages.size(), 1u);
-  EXPECT_EQ(Entry(t.p, "X").Value, 6);
-  EXPECT_EQ(t.p.Defines.UpperBound(), 1);  // replaced in place, not added
+  EXPECT_EQ(Entry("X").Value, 6);
+  EXPECT_EQ(t.p.Defines.UpperBound(), 1);  // replaced in place
 }
 
-TEST(DefineSymbol, LineWithoutSeparatorIsBadlyFormed) {
-  TestProgram t;
+TEST_F(DefinesTest, LineWithoutSeparatorIsBadlyFormed) {
   DefineSymbol(t.p, "X 5", false);
-  ASSERT_EQ(t.host.messages.size(), 1u);
-  EXPECT_EQ(t.host.messages[0], "Badly formed DEFINES directive, 'X 5'");
+  DefineSymbol(t.p, "XAS5", false);  // "AS" needs its blanks
+  EXPECT_EQ(t.host.messages, (std::vector<std::string>{"Badly formed DEFINES directive, 'X 5'",
+                                                      "Badly formed DEFINES directive, 'XAS5'"}));
   EXPECT_EQ(t.p.Defines.UpperBound(), 0);
-  // "AS" without blanks around it is no separator either
-  DefineSymbol(t.p, "XAS5", false);
-  EXPECT_EQ(t.host.LastMessage(), "Badly formed DEFINES directive, 'XAS5'");
 }
 
-TEST(DefineSymbol, AsWinsOverEqualsAndMatchesIgnoringCase) {
-  TestProgram t;
+TEST_F(DefinesTest, AsWinsOverEqualsAndMatchesIgnoringCase) {
   DefineSymbol(t.p, "A = B AS 3", false);
   EXPECT_EQ(LookupDefine(t.p, "A"), 0);
-  EXPECT_EQ(Entry(t.p, "A = B").Value, 3);
+  EXPECT_EQ(Entry("A = B").Value, 3);
   DefineSymbol(t.p, "lead as 9", false);
-  EXPECT_EQ(Entry(t.p, "LEAD").Value, 9);
-  // a name that merely contains "AS" splits at "="
-  DefineSymbol(t.p, "BASE = 4", false);
-  EXPECT_EQ(Entry(t.p, "BASE").Value, 4);
+  EXPECT_EQ(Entry("LEAD").Value, 9);
+  DefineSymbol(t.p, "BASE = 4", false);  // contains "AS" but no " AS "
+  EXPECT_EQ(Entry("BASE").Value, 4);
 }
 
-TEST(DefineSymbol, TextKeepsItsCase) {
-  TestProgram t;
+TEST_F(DefinesTest, LookupIgnoresCaseAndFailsToHarmlessEntryZero) {
   DefineSymbol(t.p, "Code = Device", false);
-  EXPECT_EQ(Entry(t.p, "CODE").Text, "Device");
-  EXPECT_EQ(Entry(t.p, "CODE").Kind, 4);
-}
-
-TEST(LookupDefine, IgnoresCaseAndFailsToHarmlessEntryZero) {
-  TestProgram t;
-  DefineSymbol(t.p, "SONY = 1", false);
-  DefineSymbol(t.p, "NEC = 2", false);
-  EXPECT_EQ(LookupDefine(t.p, "sony"), 1);
-  EXPECT_EQ(LookupDefine(t.p, "Nec"), 2);
+  EXPECT_EQ(LookupDefine(t.p, "code"), 1);
+  EXPECT_EQ(Entry("CODE").Text, "Device");  // the text keeps its case
   EXPECT_EQ(LookupDefine(t.p, "RC5"), 0);
-  const DefineEntry& none = t.p.Defines[0];
-  EXPECT_EQ(none.Name, "");
-  EXPECT_EQ(none.Text, "");
-  EXPECT_EQ(none.Value, 0);
-  EXPECT_EQ(none.Kind, 0);
+  EXPECT_EQ(t.p.Defines[0].Name, "");
+  EXPECT_EQ(t.p.Defines[0].Kind, 0);
 }
 
-TEST(ClassifyDefine, PerKeyVariablesNumbersFrameLengths) {
-  TestProgram t;
-  DefineSymbol(t.p, "D = DEVICE", false);
-  DefineSymbol(t.p, "F = function", false);
-  DefineSymbol(t.p, "E = Extension", false);
-  DefineSymbol(t.p, "N = 2.5", false);
-  DefineSymbol(t.p, "H = &H10", false);
-  DefineSymbol(t.p, "GAP = ^108000", false);
-  EXPECT_EQ(Entry(t.p, "D").Kind, 4);
-  EXPECT_EQ(Entry(t.p, "F").Kind, 4);
-  EXPECT_EQ(Entry(t.p, "E").Kind, 4);
-  EXPECT_EQ(Entry(t.p, "N").Kind, 1);
-  EXPECT_EQ(Entry(t.p, "N").Value, 2.5);
-  EXPECT_EQ(Entry(t.p, "H").Value, 16);
-  EXPECT_EQ(Entry(t.p, "GAP").Kind, 6);
-  EXPECT_EQ(Entry(t.p, "GAP").Value, 108000);
+TEST_F(DefinesTest, PerKeyVariablesNumbersFrameLengths) {
+  EXPECT_EQ(KindOf("D = DEVICE"), 4);
+  EXPECT_EQ(KindOf("F = function"), 4);
+  EXPECT_EQ(KindOf("E = Extension"), 4);
+  EXPECT_EQ(KindOf("N = 2.5"), 1);
+  EXPECT_EQ(Entry("N").Value, 2.5);
+  EXPECT_EQ(KindOf("GAP = ^108000"), 6);
+  EXPECT_EQ(Entry("GAP").Value, 108000);
 }
 
-TEST(ClassifyDefine, RawDataIsNormalisedByTheTimeBase) {
-  TestProgram t;
+TEST_F(DefinesTest, RawDataIsNormalisedByTheTimeBase) {
   t.p.Protocol.TimeBase = 1;
-  DefineSymbol(t.p, "LEAD = [9000 -4500]", false);
-  EXPECT_EQ(Entry(t.p, "LEAD").Kind, 5);
-  EXPECT_EQ(Entry(t.p, "LEAD").Text, "9000 -4500");
-
+  EXPECT_EQ(KindOf("LEAD = [9000 -4500]"), 5);
+  EXPECT_EQ(Entry("LEAD").Text, "9000 -4500");
   t.p.Protocol.TimeBase = 560;
   DefineSymbol(t.p, "LEAD = [16 -8]", true);
-  EXPECT_EQ(Entry(t.p, "LEAD").Text, "8960 -4480");  // 16 * 560, -8 * 560
+  EXPECT_EQ(Entry("LEAD").Text, "8960 -4480");  // 16 * 560, -8 * 560
+  // 560 is not below the time base; 559 * 560 = 313040; names stay
+  EXPECT_EQ(ScaleRawData(t.p, "560  -559 GAP 0.5"), "560 -313040 GAP 280");
 }
 
-TEST(ClassifyDefine, ExpressionKindFollowsOneLetterNames) {
-  TestProgram t;
+TEST_F(DefinesTest, ExpressionKindFollowsOneLetterNames) {
   DefineSymbol(t.p, "A = 1", false);
-  DefineSymbol(t.p, "S = A+1", false);  // A is a number: a plain expression
+  EXPECT_EQ(KindOf("S = A+1"), 2);
   DefineSymbol(t.p, "D = DEVICE", false);
-  DefineSymbol(t.p, "V = D*2", false);  // D is a per-key variable
-  DefineSymbol(t.p, "W = V+S", false);  // V is itself over variables
-  EXPECT_EQ(Entry(t.p, "S").Kind, 2);
-  EXPECT_EQ(Entry(t.p, "V").Kind, 3);
-  EXPECT_EQ(Entry(t.p, "W").Kind, 3);
+  EXPECT_EQ(KindOf("V = D*2"), 3);
+  EXPECT_EQ(KindOf("W = V+S"), 3);  // V is itself over variables
 }
 
-TEST(ClassifyDefine, MultiLetterNamesAreJudgedByTheirLetters) {
-  TestProgram t;
+TEST_F(DefinesTest, MultiLetterNameIsJudgedByItsLetters) {
   DefineSymbol(t.p, "CODE = FUNCTION", false);
-  DefineSymbol(t.p, "K = CODE+1", false);  // C, O, D, E are not defined: kind 2
-  EXPECT_EQ(Entry(t.p, "K").Kind, 2);
+  EXPECT_EQ(KindOf("K = CODE+1"), 2);  // C, O, D, E are no names of their own
   DefineSymbol(t.p, "M = DEVICE", false);
-  DefineSymbol(t.p, "L = MAX-1", false);  // MAX is unknown, but its M is a variable
-  EXPECT_EQ(Entry(t.p, "L").Kind, 3);
+  EXPECT_EQ(KindOf("L = MAX-1"), 3);  // MAX is unknown, but its M is a variable
 }
 
-TEST(ClassifyDefine, HexPrefixSkipsItsXButNotTheLettersBehind) {
-  TestProgram t;
+TEST_F(DefinesTest, HexPrefixSkipsItsXButNotTheLettersBehind) {
   DefineSymbol(t.p, "X = DEVICE", false);
-  DefineSymbol(t.p, "Q = 0X5+1", false);  // the X after a 0 belongs to the number
-  DefineSymbol(t.p, "R = 1X", false);     // here X is a name
-  EXPECT_EQ(Entry(t.p, "Q").Kind, 2);
-  EXPECT_EQ(Entry(t.p, "R").Kind, 3);
   DefineSymbol(t.p, "B = DEVICE", false);
-  DefineSymbol(t.p, "T = 0X1B", false);  // B ends the digits and is read as a name
-  EXPECT_EQ(Entry(t.p, "T").Kind, 3);
-}
-
-TEST(ScaleRawData, SmallNumbersCountInTimeBaseUnits) {
-  TestProgram t;
-  t.p.Protocol.TimeBase = 560;
-  EXPECT_EQ(ScaleRawData(t.p, "16   -8"), "8960 -4480");
-  EXPECT_EQ(ScaleRawData(t.p, "560 -559 GAP"), "560 -313040 GAP");  // 559 * 560 = 313040
-  EXPECT_EQ(ScaleRawData(t.p, "0.5 -1.25"), "280 -700");
-  EXPECT_EQ(ScaleRawData(t.p, ""), "");
+  EXPECT_EQ(KindOf("Q = 0X5+1"), 2);  // the X after a 0 belongs to the number
+  EXPECT_EQ(KindOf("R = 1X"), 3);     // here X is a name
+  EXPECT_EQ(KindOf("T = 0X1B"), 3);   // B ends the digits and is read as a name
 }
 
 }  // namespace
