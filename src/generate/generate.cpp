@@ -28,7 +28,9 @@ std::string CodePair(int32_t deviceCode, int32_t functionCode) {
 /// Puts the protocol record and the symbol table back as they were when the
 /// object was made, unless nothing was switched. A key code may name another
 /// protocol; loading it replaces both, and the rest of the key (and the run)
-/// must see the device's own protocol again, also after an error.
+/// must see the device's own protocol again, also after an error. Loading also
+/// selects the other name in the `format` list, which later runs read, so the
+/// list's selection comes back too.
 class ProtocolSwitch {
  public:
   explicit ProtocolSwitch(Program& p) : p_(p) {}
@@ -36,6 +38,8 @@ class ProtocolSwitch {
     if (!switched_) return;
     p_.Protocol = std::move(savedProtocol_);
     p_.Defines = std::move(savedDefines_);
+    p_.F.format.listIndex = savedFormatIndex_;
+    p_.F.format.text = std::move(savedFormatText_);
   }
   ProtocolSwitch(const ProtocolSwitch&) = delete;
   ProtocolSwitch& operator=(const ProtocolSwitch&) = delete;
@@ -46,6 +50,8 @@ class ProtocolSwitch {
     if (name == p_.Protocol.ProtocolName) return true;
     savedProtocol_ = p_.Protocol;
     savedDefines_ = p_.Defines;
+    savedFormatIndex_ = p_.F.format.listIndex;
+    savedFormatText_ = p_.F.format.text;
     switched_ = true;
     if (LoadProtocol(p_, name)) return true;
     p_.Message("Protocol " + name + " Not in Device Library");
@@ -57,6 +63,8 @@ class ProtocolSwitch {
   bool switched_ = false;
   ProtocolRecord savedProtocol_;
   DefinesTable savedDefines_;
+  int savedFormatIndex_ = -1;
+  std::string savedFormatText_;
 };
 
 /// Builds the k-th (from 1) code entry of a key's once or repeat list and

@@ -99,11 +99,13 @@ TEST_F(GenerateKeysTest, KeysBuildOnceEntriesThenTheRepeatedPart) {
 }
 
 TEST_F(GenerateKeysTest, CodeOfAnotherProtocolUsesItAndUnknownOneAddsNothing) {
+  p.F.format.items = {"ACME32", "OTHER"};
   Load("PROTOCOL = ACME32\r\nDEVICECODE = 5\r\n[KEYCODES]\r\nAUX = (OTHER):1,2\r\nGHOST = (NOPE):1,3\r\n");
   // OTHER sends 2 as 0,1,0,0; the repeated part is ACME32's again, LEAD included.
   EXPECT_EQ(Built(1, 18), Join({{500, -500, 500, -1500, 500, -500, 500, -500}, kLead, Bits("0100")}));
   EXPECT_EQ(p.Burst.OnceCount, 8);
   EXPECT_EQ(p.Protocol.ProtocolName, "ACME32");
+  EXPECT_EQ(p.F.format.text, "ACME32");
   EXPECT_TRUE(t.host.messages.empty());
 
   EXPECT_EQ(Built(2, 10), Join({kLead, Bits("1100")}));
