@@ -7,12 +7,14 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "library/library_run.h"
 #include "library/waveform_reader.h"
+#include "slinke/slinke.h"
 
 namespace bw::test::library {
 namespace {
@@ -99,6 +101,58 @@ TEST(LibraryTiming, Rc5PhilipsTvMatchesRc5TimingAndCodes) {
     ExpectRc5Message(key.once, command, toggle, label + " once");
     ExpectRc5Message(key.repeat, command, toggle, label + " repeat");
     ExpectPredefinedRecord(key, "0x5000", command);
+  }
+}
+
+/// The durations of one key's entry in a transmit-only Slink-e file: the line
+/// of numbers that ends with ":" and the label.
+std::vector<int32_t> SlinkEntry(const std::string& file, const std::string& label) {
+  std::istringstream lines(file);
+  std::string line;
+  while (std::getline(lines, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    std::size_t colon = line.rfind(':');
+    if (colon == std::string::npos || line.substr(colon + 1) != label) continue;
+    std::istringstream numbers(line.substr(0, colon));
+    std::vector<int32_t> durations;
+    int32_t d = 0;
+    while (numbers >> d) durations.push_back(d);
+    return durations;
+  }
+  ADD_FAILURE() << "no entry for " << label;
+  return {};
+}
+
+/// Neighbouring durations of the same sign joined: the carrier simply stays on or off.
+std::vector<int32_t> JoinSameSign(const std::vector<int32_t>& durations) {
+  std::vector<int32_t> joined;
+  for (int32_t d : durations) {
+    if (!joined.empty() && (joined.back() > 0) == (d > 0)) joined.back() += d;
+    else joined.push_back(d);
+  }
+  return joined;
+}
+
+TEST(LibraryTiming, Rc5SlinkeFileListsHalfBitsThatJoinIntoThePublishedMessage) {
+  // The Slink-e file gets the halves unjoined (only other outputs join them);
+  // the carrier they describe is the same RC5 message, one per entry.
+  TempDir dir;
+  LibraryRun run;
+  run.p.ProgramFolder = dir.path();
+  ASSERT_TRUE(run.Load("PHILIPS TV 17PT1563"));
+  SelectSlinkTxOnly(run.p);
+  cmdSlinkXqt_Click(run.p);
+  EXPECT_TRUE(run.t.host.messages.empty()) << run.t.host.LastMessage();
+  std::string file = ReadFileBytes(dir.path() / "Slinke Library" / "PHILIPS-17PT1563.cde");
+  ASSERT_FALSE(file.empty());
+
+  const std::vector<std::tuple<std::string, uint32_t>> codes = {{"POWER", 12}, {"VOL DOWN", 17}, {"MENU", 82}};
+  for (const auto& [label, command] : codes) {
+    std::vector<int32_t> halves = SlinkEntry(file, label);
+    bool sameSignNeighbours = false;
+    for (std::size_t i = 1; i < halves.size(); ++i) sameSignNeighbours |= (halves[i] > 0) == (halves[i - 1] > 0);
+    EXPECT_TRUE(sameSignNeighbours) << label << ": the halves are listed unjoined";
+    ExpectRc5Message(JoinSameSign(halves), command, 0, label + " in the Slink-e file");
   }
 }
 
