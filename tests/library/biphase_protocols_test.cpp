@@ -1,8 +1,9 @@
 // The bi-phase protocols RC5 and RC6 of the bundled library. The Pronto output
 // stores them as predefined codes (format 5000 / 6000 with system and command),
 // so the record is checked for that; the waveform the generator built for the
-// key (what the ADI output receives) is read back half bit by half bit against
-// Philips' published timing and decoded to the published system and command.
+// key (what the ADI output receives, halves joined) and the Slink-e file's entry
+// (halves as listed) are read back half bit by half bit against Philips'
+// published timing and decoded to the published system and command.
 #include <gtest/gtest.h>
 
 #include <cstdint>
