@@ -70,6 +70,9 @@ void ShowADIOptions(Program& p) {
     b->enabled = false;
   f.cmdAdiNew.enabled = true;
   f.cmdADIOpen.enabled = true;
+  // The Slink-e panel takes Skip off the details dialog; here it decides
+  // whether an entry is added, so it comes back.
+  p.DBG.Skip.visible = true;
 }
 
 void cmdADIxqt_Click(Program& p) {

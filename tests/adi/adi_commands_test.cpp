@@ -91,7 +91,9 @@ TEST_F(Adi, DetailsNextAddsSkipDoesNotAndFinishAddsTheRestUnseen) {
 
 TEST_F(Adi, OptionsPanelAndStartChecks) {
   test::TestProgram fresh;
+  fresh.p.DBG.Skip.visible = false;  // as the Slink-e panel leaves it
   ShowADIOptions(fresh.p);
+  EXPECT_TRUE(fresh.p.DBG.Skip.visible) << "Skip decides what an ADI run adds";
   const MainForm& f = fresh.p.F;
   EXPECT_TRUE(fresh.p.FormatADI && !fresh.p.FormatPronto && f.ADI.visible && !f.Slnk.visible && !f.DBI.visible);
   for (const Button* b : {&f.cmdADIxqt, &f.cmdADInxtKey, &f.cmdadiall, &f.cmdADIsave, &f.CmdADIadd, &f.cmdADIrpl,
