@@ -3,6 +3,7 @@
 #include "jet/database.h"
 #include "jet/recordset.h"
 #include "runtime/run_time_error.h"
+#include "runtime/text.h"
 
 namespace bw {
 namespace {
@@ -14,8 +15,6 @@ using jet::Value;
 constexpr int16_t kRecordType = 300;
 // The first device of an empty "Devices" table gets this id.
 constexpr int32_t kFirstDeviceID = 1000;
-
-std::string Upper(const std::string& s) { return jet::UpperName(s); }
 
 jet::Database& Db(Program& p) {
   if (!p.Database) throw RunTimeError(91, "Object variable or With block variable not set");
@@ -34,7 +33,7 @@ void FillList(Program& p, const std::string& table, const std::string& column, C
   if (rs->RecordCount() > 0) {
     rs->MoveFirst();
     while (!rs->Eof()) {
-      list.AddItem(Upper(rs->Field(column).AsText()));
+      list.AddItem(UCase(rs->Field(column).AsText()));
       rs->MoveNext();
     }
   }
@@ -46,11 +45,11 @@ void FillList(Program& p, const std::string& table, const std::string& column, C
 int16_t FindOrAddNamed(Program& p, const std::string& table, const std::string& idColumn, const std::string& name) {
   try {
     auto rs = Db(p).OpenRecordset(table);
-    const std::string wanted = Upper(name);
+    const std::string wanted = UCase(name);
     if (rs->RecordCount() > 0) {
       rs->MoveFirst();
       while (!rs->Eof()) {
-        if (Upper(rs->Field("name").AsText()) == wanted) {
+        if (UCase(rs->Field("name").AsText()) == wanted) {
           int16_t id = int16_t(rs->Field(idColumn).AsInteger());
           rs->Close();
           return id;
@@ -123,14 +122,14 @@ int16_t GetDeviceTypeID(Program& p, const std::string& name) {
 int32_t GetDeviceID(Program& p, const std::string& model, const std::string& type, const std::string& manufacturer,
                     bool lookupOnly) {
   auto rs = Db(p).OpenRecordset("Devices");
-  const std::string wanted = Upper(model);
+  const std::string wanted = UCase(model);
   bool found = false;
   int32_t id = 0;
   // Only the model is compared, and the last matching row wins.
   if (rs->RecordCount() > 0) {
     rs->MoveFirst();
     while (!rs->Eof()) {
-      if (Upper(rs->Field("Model").AsText()) == wanted) {
+      if (UCase(rs->Field("Model").AsText()) == wanted) {
         id = int32_t(rs->Field("DeviceID").AsInteger());
         found = true;
       }
@@ -171,14 +170,14 @@ void AddIRCode(Program& p, IRCodeRecord& record, const std::string& model, const
   auto rs = Db(p).OpenRecordset("IR Codes");
   if (rs->RecordCount() > 0) {
     rs->MoveFirst();
-    const std::string label = Upper(record.Label);
+    const std::string label = UCase(record.Label);
     const std::string button = std::to_string(record.KeyCode2);
     // "FunctionID" holds the sequence number the program wrote, yet it is
     // compared with KeyCode1: a row is updated only when the two happen to agree.
     const std::string function = std::to_string(record.KeyCode1);
     while (!rs->Eof()) {
-      if (Upper(rs->Field("Label").AsText()) == label && Upper(rs->Field("ButtonID").AsText()) == button &&
-          Upper(rs->Field("FunctionID").AsText()) == function &&
+      if (UCase(rs->Field("Label").AsText()) == label && UCase(rs->Field("ButtonID").AsText()) == button &&
+          UCase(rs->Field("FunctionID").AsText()) == function &&
           rs->Field("DeviceID").AsInteger() == GetDeviceID(p, model, type, manufacturer, false)) {
         rs->Edit();
         NextButtonSequence(p);
