@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -106,6 +107,10 @@ struct Program {
 
   // ---- diagnostics ----
   MessageSource Source;
+  /// Where the run-time error that last left a file reader arose (the innermost
+  /// reader's file and line); empty until then. A front end clears it before a
+  /// command and reads it when the command ends in a RunTimeError.
+  MessageSource ErrorSource;
 
   /// Shows a plain OK message (the common case) through the host.
   void Message(const std::string& text) { host->MsgBox(text, MsgBoxStyle::OKOnly); }
@@ -113,19 +118,26 @@ struct Program {
 
 /// While alive, messages are attributed to `file` and the reader's current line;
 /// restores the previous source when it ends (a device file loading its protocol).
+/// Left by an exception, it first notes the position in ErrorSource unless an
+/// inner reader already did.
 class SourceScope {
  public:
-  SourceScope(Program& p, std::string file) : p_(p), saved_(p.Source) {
+  SourceScope(Program& p, std::string file)
+      : p_(p), saved_(p.Source), exceptionsAtStart_(std::uncaught_exceptions()) {
     p_.Source.file = std::move(file);
     p_.Source.line = 0;
   }
-  ~SourceScope() { p_.Source = saved_; }
+  ~SourceScope() {
+    if (std::uncaught_exceptions() > exceptionsAtStart_ && p_.ErrorSource.file.empty()) p_.ErrorSource = p_.Source;
+    p_.Source = saved_;
+  }
   SourceScope(const SourceScope&) = delete;
   SourceScope& operator=(const SourceScope&) = delete;
 
  private:
   Program& p_;
   MessageSource saved_;
+  int exceptionsAtStart_;
 };
 
 }  // namespace bw

@@ -119,8 +119,10 @@ std::string ExpandTimingTextAt(Program& p, std::string text, int depth) {
   return Trim(result);
 }
 
+}  // namespace
+
 /// Merges the repeat form into the once form: the Slink-e file has one form per key.
-void MergeForms(ProtocolRecord& r) {
+void MergeSlinkForms(ProtocolRecord& r) {
   std::string& first = r.FormOnce;
   std::string& second = r.FormRepeat;
   if (first.empty()) {
@@ -141,8 +143,6 @@ void MergeForms(ProtocolRecord& r) {
   }
   second.clear();
 }
-
-}  // namespace
 
 // ---- the option frame ----
 
@@ -261,7 +261,7 @@ void RunSlinkOutput(Program& p) {
 
   // The merged form stays in the protocol record; the Tx-only run reloads the
   // protocol at its end, the Tx/Rx run leaves it until the next load.
-  MergeForms(p.Protocol);
+  MergeSlinkForms(p.Protocol);
 
   if (p.FormatSlinkTxRx) {
     WriteSlinkProtocolFile(p);

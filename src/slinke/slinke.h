@@ -17,6 +17,9 @@ void FillSlinkFields(Program& p);
 void cmdSlinkXqt_Click(Program& p);
 void CmdSlinkDone_Click(Program& p);
 void RunSlinkOutput(Program& p);
+/// Joins the repeat form onto the once form (a run does this before any key is
+/// built): a Slink-e entry is one list, nothing of it repeats.
+void MergeSlinkForms(ProtocolRecord& r);
 /// One transmit-only entry from the current burst sequence.
 void WriteSlinkRawEntry(Program& p, int key, const std::string& label);
 void WriteSlinkProtocolFile(Program& p);
