@@ -1,7 +1,7 @@
 // burstwright-cli: the headless front end. It drives the same core commands as
 // the desktop program (loading a device goes through Lex_Click, runs through the
 // frames' own run commands) with a host that prints messages instead of showing
-// boxes, answers questions from --yes, and presses "All Keys" for ADI runs.
+// boxes, answers questions from --yes, and adds every key of an ADI run.
 #include <unistd.h>
 
 #include <algorithm>
@@ -64,13 +64,19 @@ const char* const kUsage =
     "  check                            loads every protocol file, then every device file;\n"
     "                                   prints every message\n";
 
+/// What a usage error prints below its reason; --help prints kUsage.
+const char* const kShortUsage =
+    "usage: burstwright-cli [--library DIR] [--home DIR] [--yes] COMMAND [ARGS]\n"
+    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check\n"
+    "burstwright-cli --help describes them\n";
+
 struct UsageError {
   std::string text;
 };
 
 /// The host of the command line: messages go to stderr as one line each,
 /// questions are answered from --yes, file dialogs answer the path given on the
-/// command line, and an ADI wait is answered with "All Keys".
+/// command line, and every ADI wait is answered with "Add".
 class CliHost : public Host {
  public:
   Program* program = nullptr;
@@ -102,10 +108,13 @@ class CliHost : public Host {
   std::string SaveFileDialog(const std::string&, const std::string&) override { return dialogAnswer; }
   void DoEvents() override {
     Program& p = *program;
-    if (p.FormatADI && p.AdiKeyChoice == 0 && p.F.cmdadiall.enabled) cmdadiall_Click(p);
+    // An ADI run waits at every key. "Add" at each wait stores the same records
+    // as "All Keys" once, and keeps one wait (so one progress step) per key.
+    if (p.FormatADI && p.AdiKeyChoice == 0 && p.F.CmdADIadd.enabled) CmdADIadd_Click(p);
     if (progress && !p.Burst.BurstLabel.empty() && p.Burst.BurstLabel != lastLabel) {
       lastLabel = p.Burst.BurstLabel;
-      ++progressCount;
+      // A Xantech sweep goes through the keys once per switch setting.
+      progressCount = progressTotal > 0 ? progressCount % progressTotal + 1 : progressCount + 1;
       std::cerr << "\rkey " << progressCount << " of " << progressTotal << "   " << std::flush;
     }
   }
@@ -116,6 +125,8 @@ class CliHost : public Host {
 
   void ClearProgress() {
     if (progress && progressCount > 0) std::cerr << "\r\033[K" << std::flush;
+    progressCount = 0;
+    lastLabel.clear();
   }
 
   static std::string OneLine(const std::string& text) {
@@ -226,23 +237,41 @@ class Cli {
       std::cout << kUsage;
       return kExitClean;
     }
-    if (c == "lir") return Lir();
     if (c != "devices" && c != "protocols" && c != "bursts" && c != "pronto" && c != "database" &&
-        c != "slinke" && c != "adi" && c != "check")
+        c != "slinke" && c != "adi" && c != "check" && c != "lir")
       throw UsageError{"unknown command " + c};
-    if (!Start()) return kExitRunTimeError;
-    if (c == "devices") return Devices();
-    if (c == "protocols") return Protocols();
-    if (c == "check") return Check();
-    if (c == "bursts") return Bursts();
-    if (c == "pronto") return Pronto();
-    if (c == "database") return Database();
-    if (c == "slinke") return Slinke();
-    return Adi();
+    try {
+      if (c == "lir") return Lir();
+      if (!Start()) return kExitRunTimeError;
+      if (c == "devices") return Devices();
+      if (c == "protocols") return Protocols();
+      if (c == "check") return Check();
+      if (c == "bursts") return Bursts();
+      if (c == "pronto") return Pronto();
+      if (c == "database") return Database();
+      if (c == "slinke") return Slinke();
+      return Adi();
+    } catch (const RunTimeError& e) {
+      ReportRunTimeError(e);
+      return kExitRunTimeError;
+    }
   }
 
  private:
   int Exit() const { return host_.messages.empty() ? kExitClean : kExitMessages; }
+
+  /// A run-time error as one line: after FILE:LINE where a reader was left by it
+  /// in check mode, otherwise after the device or file the command works on.
+  void ReportRunTimeError(const RunTimeError& e) {
+    host_.ClearProgress();
+    const std::string text = "Run-time error '" + std::to_string(e.number()) + "': " + e.description();
+    if (host_.sourceMode && !p_.ErrorSource.file.empty())
+      std::cerr << p_.ErrorSource.file << ":" << p_.ErrorSource.line << ": " << text << "\n";
+    else if (!host_.context.empty())
+      std::cerr << host_.context << ": " << text << "\n";
+    else
+      std::cerr << text << "\n";
+  }
 
   /// The start-up of the desktop program, with the library found as the options say.
   bool Start() {
@@ -303,15 +332,28 @@ class Cli {
     return Exit();
   }
 
+  /// Every file is loaded even when one of them ends in a run-time error; that
+  /// error is reported like a message, and the exit status then says 3.
   int Check() {
     host_.sourceMode = true;
-    host_.context = "check";
-    for (const auto& name : std::vector<std::string>(p_.F.format.items)) LoadProtocol(p_, name);
+    bool runTimeError = false;
+    auto load = [&](const std::string& context, auto&& action) {
+      host_.context = context;
+      p_.ErrorSource = {};
+      try {
+        action();
+      } catch (const RunTimeError& e) {
+        ReportRunTimeError(e);
+        runTimeError = true;
+      }
+    };
+    for (const auto& name : std::vector<std::string>(p_.F.format.items))
+      load(name, [&] { LoadProtocol(p_, name); });
     for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
       p_.F.Lex.listIndex = static_cast<int>(i);
-      host_.context = p_.F.Lex.items[i];
-      Lex_Click(p_);
+      load(p_.F.Lex.items[i], [&] { Lex_Click(p_); });
     }
+    if (runTimeError) return kExitRunTimeError;
     return Exit();
   }
 
@@ -347,6 +389,9 @@ class Cli {
     if (it == kOutputs.end()) throw UsageError{"unknown output format " + output};
     SelectOutput(it->second);
     LoadDevice(device);
+    // A Slink-e run joins the repeat form onto the once form before any key is
+    // built, so its entries have no repeated part.
+    if (p_.FormatSlinkTxOnly || p_.FormatSlinkTxRx) MergeSlinkForms(p_.Protocol);
 
     std::ostringstream keys;
     bool raw = p_.F.format.text == "RAW";
@@ -436,6 +481,9 @@ class Cli {
     if (a.flags.count("--create")) {
       host_.dialogAnswer = file;
       NewDB_Click(p_);
+      // The desktop command ends quietly when the copy or the open fails; opening
+      // the file once more brings the reason up as a run-time error.
+      if (!p_.DatabaseOpen) OpenIRDatabase(p_, file);
     } else {
       p_.F.dbname.text = file;
       OpenIRDatabase(p_, file);
@@ -520,7 +568,7 @@ int main(int argc, char** argv) {
     Cli cli(options);
     return cli.Run();
   } catch (const UsageError& e) {
-    std::cerr << "burstwright-cli: " << e.text << "\n\n" << kUsage;
+    std::cerr << "burstwright-cli: " << e.text << "\n" << kShortUsage;
     return kExitUsage;
   } catch (const bw::RunTimeError& e) {
     std::cerr << "Run-time error '" << e.number() << "': " << e.description() << "\n";
