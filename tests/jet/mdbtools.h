@@ -1,56 +1,46 @@
-// Test helpers: run the mdbtools programs on a file and print our own reading
-// of a table the way `mdb-export -H -e -b hex -T ...` prints it, so the two can
-// be compared line by line. mdbtools is a required test dependency: when it is
-// missing the calling test fails.
+// Jet test helpers: run mdbtools on a file, and print our own reading of a
+// table the way `mdb-export -H -e -b hex -T ...` prints it, to compare the two.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
+#include <functional>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "jet/database.h"
+#include "runtime/run_time_error.h"
+#include "support/scripted_host.h"
 
 namespace jettest {
 
-inline std::string Shell(const std::string& command, int* status = nullptr) {
+inline std::string AccessSamples() { return std::string(BW_SHARED_DIR) + "/testdata/access"; }
+
+inline std::string Shell(const std::string& command) {
   std::string out;
+  char buf[4096];
   FILE* p = popen(command.c_str(), "r");
-  if (!p) return out;
-  std::array<char, 4096> buf;
-  size_t n;
-  while ((n = fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
-  int rc = pclose(p);
-  if (status) *status = rc;
+  for (size_t n; p && (n = fread(buf, 1, sizeof buf, p)) > 0;) out.append(buf, n);
+  if (p) pclose(p);
   return out;
 }
 
 inline std::string Quote(const std::string& s) { return "'" + s + "'"; }
 
-/// True when mdbtools is installed; records a failure otherwise.
 inline bool HaveMdbTools() {
-  int rc = 0;
-  Shell("command -v mdb-export mdb-ver mdb-schema mdb-tables >/dev/null 2>&1", &rc);
-  if (rc != 0) ADD_FAILURE() << "mdbtools (mdb-export, mdb-ver, mdb-schema, mdb-tables) is not installed";
-  return rc == 0;
+  return Shell("for t in mdb-export mdb-ver mdb-schema mdb-tables; do command -v $t; done | wc -l") == "4\n";
 }
 
 inline std::vector<std::string> SplitLines(const std::string& text) {
   std::vector<std::string> lines;
-  size_t i = 0;
-  while (i < text.size()) {
-    size_t e = text.find('\n', i);
-    if (e == std::string::npos) e = text.size();
-    lines.push_back(text.substr(i, e - i));
-    i = e + 1;
-  }
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
   return lines;
 }
 
@@ -62,31 +52,13 @@ inline std::vector<std::string> MdbExport(const std::string& file, const std::st
                           Quote(table) + " 2>/dev/null"));
 }
 
+/// Text as mdb-export quotes it.
 inline std::string EscapeText(const std::string& s) {
+  static const std::map<char, std::string> kEscapes = {
+      {'"', "\"\""}, {'\r', "\\r"}, {'\n', "\\n"}, {'\t', "\\t"}, {'\\', "\\\\"}};
   std::string out = "\"";
-  for (char c : s) {
-    switch (c) {
-      case '"': out += "\"\""; break;
-      case '\r': out += "\\r"; break;
-      case '\n': out += "\\n"; break;
-      case '\t': out += "\\t"; break;
-      case '\\': out += "\\\\"; break;
-      default: out += c;
-    }
-  }
+  for (char c : s) out += kEscapes.count(c) ? kEscapes.at(c) : std::string(1, c);
   return out + "\"";
-}
-
-/// An OLE date (days since 1899-12-30, fraction = time of day) as text.
-inline std::string OleDate(double d) {
-  double days = std::floor(d);
-  double secs = std::round((std::fabs(d - days)) * 86400.0);
-  std::time_t t = std::time_t((days - 25569.0) * 86400.0 + secs);
-  std::tm tm{};
-  gmtime_r(&t, &tm);
-  char buf[64];
-  std::strftime(buf, sizeof buf, kDateFormat, &tm);
-  return buf;
 }
 
 inline std::string FormatForExport(const bw::jet::Value& v) {
@@ -98,7 +70,13 @@ inline std::string FormatForExport(const bw::jet::Value& v) {
     case K::kByte: case K::kInteger: case K::kLong: return std::to_string(v.integer);
     case K::kCurrency: std::snprintf(buf, sizeof buf, "%.4f", double(v.integer) / 10000.0); return buf;
     case K::kSingle: case K::kDouble: std::snprintf(buf, sizeof buf, "%.15g", v.real); return buf;
-    case K::kDateTime: return "\"" + OleDate(v.real) + "\"";
+    case K::kDateTime: {  // days since 1899-12-30, the fraction the time of day
+      double days = std::floor(v.real);
+      std::time_t t = std::time_t((days - 25569.0) * 86400.0 + std::round((v.real - days) * 86400.0));
+      std::tm tm{};
+      std::strftime(buf, sizeof buf, kDateFormat, gmtime_r(&t, &tm));
+      return "\"" + std::string(buf) + "\"";
+    }
     // mdbtools hands text and binary values on as C strings: they end at the first zero.
     case K::kText: case K::kMemo: return EscapeText(v.text.substr(0, v.text.find('\0')));
     default: {
@@ -111,50 +89,41 @@ inline std::string FormatForExport(const bw::jet::Value& v) {
         bytes = buf;
       }
       if (v.kind == K::kBinary) bytes = bytes.substr(0, bytes.find('\0'));
-      std::string hex;
-      for (unsigned char c : bytes) {
-        std::snprintf(buf, sizeof buf, "%02X", c);
-        hex += buf;
-      }
-      return "\"" + hex + "\"";
+      std::string hex = "\"";
+      for (unsigned char c : bytes) std::snprintf(buf, sizeof buf, "%02X", c), hex += buf;
+      return hex + "\"";
     }
   }
+}
+
+/// A row as mdb-export prints it.
+inline std::string ExportLine(const std::vector<bw::jet::Value>& row) {
+  std::string line;
+  for (size_t c = 0; c < row.size(); ++c) line += (c ? "," : "") + FormatForExport(row[c]);
+  return line;
 }
 
 /// Our reading of a table in the same shape as MdbExport.
 inline std::vector<std::string> OurExport(bw::jet::Database& db, const std::string& table) {
   std::vector<std::string> lines;
   auto rs = db.OpenRecordset(table);
-  auto names = rs->FieldNames();
-  while (!rs->Eof()) {
-    std::string line;
-    for (size_t i = 0; i < names.size(); ++i) {
-      if (i) line += ",";
-      line += FormatForExport(rs->Field(names[i]));
-    }
-    lines.push_back(line);
-    rs->MoveNext();
+  for (; !rs->Eof(); rs->MoveNext()) {
+    std::vector<bw::jet::Value> row;
+    for (const auto& name : rs->FieldNames()) row.push_back(rs->Field(name));
+    lines.push_back(ExportLine(row));
   }
   return lines;
 }
 
-/// Removes the folders TempDir made when the test program ends.
-struct TempDirCleaner {
-  std::vector<std::filesystem::path> dirs;
-  ~TempDirCleaner() {
-    std::error_code ec;
-    for (const auto& d : dirs) std::filesystem::remove_all(d, ec);
+/// "number text" of the Jet error `f` raises ("" when none).
+inline std::string JetError(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const bw::RunTimeError& e) {
+    return std::to_string(e.number()) + " " + e.description();
   }
-};
-
-/// A fresh empty folder for one test.
-inline std::filesystem::path TempDir(const std::string& name) {
-  static TempDirCleaner cleaner;
-  auto dir = std::filesystem::temp_directory_path() / ("bw_jet_" + std::to_string(::getpid()) + "_" + name);
-  std::filesystem::remove_all(dir);
-  std::filesystem::create_directories(dir);
-  cleaner.dirs.push_back(dir);
-  return dir;
+  return "";
 }
+inline int JetNumber(const std::function<void()>& f) { return std::atoi(JetError(f).c_str()); }
 
 }  // namespace jettest
