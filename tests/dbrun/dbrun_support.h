@@ -1,6 +1,5 @@
-// Shared set-up of the database-frame tests: a program whose folder holds the
-// real template, a small Device Library, databases made from the template, and
-// table rows read back as text.
+// Set-up shared by the IR database and database-frame tests: a program whose
+// folder holds the real template, databases made from it, rows read back as text.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,7 +9,6 @@
 #include <vector>
 
 #include "jet/database.h"
-#include "jet/recordset.h"
 #include "pronto/db_access.h"
 #include "pronto/db_run.h"
 #include "support/scripted_host.h"
@@ -25,40 +23,33 @@ struct DatabaseTest : ::testing::Test {
   test::TestProgram t;
   Program& p = t.p;
   test::TempDir dir;
-
   void SetUp() override {
-    ASSERT_TRUE(std::filesystem::exists(TemplatePath())) << "the build makes " << TemplatePath();
+    ASSERT_TRUE(std::filesystem::exists(TemplatePath())) << "build the empty_template target";
     p.ProgramFolder = dir.path() / "program";
     std::filesystem::create_directories(p.ProgramFolder);
     std::filesystem::copy_file(TemplatePath(), p.ProgramFolder / "Empty_RCIR.mdb");
     // As start-up leaves them: no database, nothing to delete.
     p.F.DBmfgDEL.enabled = p.F.DBtypDEL.enabled = p.F.DBdvcDel.enabled = false;
   }
-
   /// A fresh copy of the template at dir/name.
   std::string Fresh(const std::string& name = "ir.mdb") {
     auto to = dir.path() / name;
     std::filesystem::copy_file(TemplatePath(), to);
     return to.string();
   }
-
   /// "Open" with the file dialog answering `path`.
   void Open(const std::string& path) {
     t.host.openAnswers.push_back(path);
     LoadDB_Click(p);
   }
-
   /// The named columns of every row of `table`, in table order, as text.
   Rows Read(const std::string& table, const std::vector<std::string>& columns) {
     Rows out;
     auto rs = p.Database->OpenRecordset(table);
-    while (!rs->Eof()) {
-      std::vector<std::string> row;
-      for (const auto& c : columns) row.push_back(rs->Field(c).AsText());
-      out.push_back(row);
-      rs->MoveNext();
+    for (; !rs->Eof(); rs->MoveNext()) {
+      out.emplace_back();
+      for (const auto& c : columns) out.back().push_back(rs->Field(c).AsText());
     }
-    rs->Close();
     return out;
   }
 };
