@@ -1,7 +1,6 @@
 // Builders shared by the ADI and details tests.
 #pragma once
 
-#include <cstring>
 #include <functional>
 #include <string>
 #include <vector>
@@ -22,30 +21,7 @@ inline void SetBurst(Program& p, const std::vector<int32_t>& durations, int once
 
 inline void SetKeys(Program& p, const std::vector<std::string>& labels) {
   p.Keys.Clear();
-  for (const auto& l : labels) {
-    p.Keys.entries.emplace_back();
-    p.Keys.entries.back().Label = l;
-  }
-}
-
-inline LirRecord NamedRecord(const std::string& name, uint8_t carrier = 0) {
-  LirRecord r;
-  r.CarrierByte = carrier;
-  std::memset(r.Name.data(), ' ', r.Name.size());
-  std::memcpy(r.Name.data(), name.data(), std::min(name.size(), r.Name.size()));
-  return r;
-}
-
-inline std::string NameOf(const LirRecord& r) { return std::string(r.Name.data(), r.Name.size()); }
-
-/// Pulse bytes up to the first 0.
-inline std::vector<int> PulseStream(const LirRecord& r) {
-  std::vector<int> out;
-  for (uint8_t b : r.PulseBytes) {
-    if (b == 0) break;
-    out.push_back(b);
-  }
-  return out;
+  for (const auto& l : labels) p.Keys.entries.emplace_back().Label = l;
 }
 
 /// The number of the run-time error that `f` raises (0 when none).
