@@ -202,7 +202,8 @@ TEST_F(Adi, DetailsNextAddsSkipDoesNotAndFinishAddsTheRestUnseen) {
   WriteKeys(4);
   EXPECT_EQ(Added(), Strings({"ONE", "THREE", "FOUR"}));
   // Shown for keys 1 to 3, hidden once by Finish, which also clears the box.
-  EXPECT_EQ((std::vector<int>{t.host.detailsShown, t.host.detailsHidden, p.F.Check1.value}), (std::vector<int>{3, 1, 0}));
+  EXPECT_EQ((std::vector<int>{t.host.detailsShown, t.host.detailsHidden, p.F.Check1.value}),
+            (std::vector<int>{3, 1, 0}));
   EXPECT_EQ(p.DBG.lblTitle.caption, "ACME/TV:THREE") << "the record's name titles the dialog";
 }
 
