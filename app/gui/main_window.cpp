@@ -266,7 +266,12 @@ QWidget* MainWindow::BuildDatabaseFrame() {
 
   auto xqtcmd = new QPushButton;
   xqtcmd->setMinimumWidth(110);
-  binder_.Bind(f.xqtcmd, xqtcmd, "xqtcmd", [this] { xqtcmd_Click(p_); });
+  // The database run shows the hourglass like the other two runs; it sets none itself.
+  binder_.Bind(f.xqtcmd, xqtcmd, "xqtcmd", [this] {
+    host_.SetBusy(true);
+    xqtcmd_Click(p_);
+    host_.SetBusy(false);
+  });
   auto actions = new QHBoxLayout;
   actions->addStretch(1);
   actions->addWidget(xqtcmd);

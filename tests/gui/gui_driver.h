@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <QAbstractButton>
@@ -13,6 +14,8 @@
 #include <QComboBox>
 #include <QListWidget>
 #include <QString>
+#include <QStringList>
+#include <QTimer>
 #include <QWidget>
 
 namespace bw::guitest {
@@ -37,6 +40,8 @@ bool WaitFor(const std::function<bool()>& condition, int milliseconds = 10000);
 /// running then (a modal dialog's, or the core's waiting loop). Gives up after
 /// `milliseconds`.
 void When(std::function<bool()> condition, std::function<void()> action, int milliseconds = 10000);
+/// Drops every When that has not run yet (so that none reaches into a later test).
+void CancelPendingWhens();
 
 /// Answers the next file dialog with `path` ("" cancels it). The dialog's
 /// filter text and start folder are stored for the caller.
@@ -55,6 +60,23 @@ struct MessageSeen {
   QString text;
 };
 void AnswerMessageBox(int standardButton, MessageSeen* seen = nullptr);
+
+/// Closes every message box that stays unanswered for `patienceMilliseconds`
+/// (answers from AnswerMessageBox come within a few milliseconds) and keeps its
+/// text, so that a test fails on the message instead of hanging on it.
+class MessageGuard {
+ public:
+  explicit MessageGuard(int patienceMilliseconds = 1500);
+  ~MessageGuard();
+  MessageGuard(const MessageGuard&) = delete;
+  MessageGuard& operator=(const MessageGuard&) = delete;
+  /// Texts of the boxes that nobody answered.
+  const QStringList& unanswered() const { return *unanswered_; }
+
+ private:
+  QTimer* timer_;
+  std::shared_ptr<QStringList> unanswered_;
+};
 
 /// A program folder for one test: the template database from the build and a
 /// link to the bundled Device Library. Removed at the end.
