@@ -22,11 +22,8 @@ namespace bw::gui {
 
 namespace {
 
-QLabel* Caption(const char* text) {
-  auto label = new QLabel(QString::fromLatin1(text));
-  label->setStyleSheet(QStringLiteral("color: palette(mid);"));
-  return label;
-}
+/// A caption of a shown value: plain beside the bold value.
+QLabel* Caption(const char* text) { return new QLabel(QString::fromLatin1(text)); }
 
 /// A value label: selectable, so that a code can be copied out.
 QLabel* Value() {

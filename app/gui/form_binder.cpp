@@ -36,6 +36,14 @@ bool SyncEnabled(QWidget* w, bool enabled) {
   return true;
 }
 
+/// A caption as Qt shows it literally: Qt reads a single "&" as the marker of a
+/// keyboard shortcut ("ADI Leopard & Ocelot" would lose its ampersand).
+QString LiteralCaption(const std::string& caption) {
+  QString s = ToQt(caption);
+  s.replace(QLatin1Char('&'), QStringLiteral("&&"));
+  return s;
+}
+
 /// Control texts keep CR LF line ends; Qt wants LF.
 QString ToDisplayText(const std::string& text) {
   QString s = ToQt(text);
@@ -125,7 +133,7 @@ void FormBinder::Bind(CheckBox& m, QCheckBox* w, const char* name, std::function
       w->setChecked(m.value != 0);
       changed = true;
     }
-    QString caption = ToQt(m.caption);
+    QString caption = LiteralCaption(m.caption);
     if (w->text() != caption) {
       w->setText(caption);
       changed = true;
@@ -154,7 +162,7 @@ void FormBinder::Bind(OptionButton& m, QRadioButton* w, const char* name, std::v
       w->setChecked(m.value);
       changed = true;
     }
-    QString caption = ToQt(m.caption);
+    QString caption = LiteralCaption(m.caption);
     if (w->text() != caption) {
       w->setText(caption);
       changed = true;
@@ -172,7 +180,7 @@ void FormBinder::Bind(Button& m, QPushButton* w, const char* name, std::function
   toWidgets_.push_back([&m, w] {
     bool changed = false;
     // A trailing blank in a caption ("Open ") is kept in the model, not on the button.
-    QString caption = ToQt(m.caption).trimmed();
+    QString caption = LiteralCaption(m.caption).trimmed();
     if (w->text() != caption) {
       w->setText(caption);
       changed = true;
@@ -187,7 +195,7 @@ void FormBinder::Bind(Frame& m, QGroupBox* w, const char* name) {
   w->setObjectName(QString::fromLatin1(name));
   toWidgets_.push_back([&m, w] {
     bool changed = false;
-    QString caption = ToQt(m.caption);
+    QString caption = LiteralCaption(m.caption);
     if (w->title() != caption) {
       w->setTitle(caption);
       changed = true;

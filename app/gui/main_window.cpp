@@ -32,6 +32,12 @@ namespace {
 
 /// The one-shot timer's interval; it only switches itself off.
 constexpr int kTimer1Milliseconds = 1000;
+/// Gap between neighbouring buttons of one row (the style would set them edge to edge).
+constexpr int kButtonSpacing = 6;
+/// The window's first size: room for the whole sample device list and the
+/// largest output panel, without empty acres below it.
+constexpr int kFirstWidth = 980;
+constexpr int kFirstHeight = 560;
 
 QLabel* Caption(const char* text, QWidget* buddy = nullptr) {
   auto label = new QLabel(QString::fromLatin1(text));
@@ -193,10 +199,10 @@ QWidget* MainWindow::BuildOutputChoice() {
   auto v = new QVBoxLayout(box);
   auto output = new QListWidget;
   output->setUniformItemSizes(true);
-  // Exactly the four formats, without a scroll bar.
-  int row = output->fontMetrics().height() + 6;
-  output->setFixedHeight(row * 4 + 2 * output->frameWidth() + 4);
+  // Exactly as tall as the four formats, without a scroll bar.
   output->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  output->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+  output->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   binder_.Bind(f.Output, output, "Output", [this] { Output_Click(p_); });
   v->addWidget(output);
   auto autogen = new QCheckBox, check1 = new QCheckBox;
@@ -229,6 +235,7 @@ QWidget* MainWindow::BuildDatabaseFrame() {
   grid->addWidget(dbnlbl, 0, 0);
   grid->addWidget(dbname, 0, 1);
   auto fileButtons = new QHBoxLayout;
+  fileButtons->setSpacing(kButtonSpacing);
   fileButtons->addWidget(loadDB);
   fileButtons->addWidget(newDB);
   grid->addLayout(fileButtons, 0, 2);
@@ -273,6 +280,7 @@ QWidget* MainWindow::BuildDatabaseFrame() {
     host_.SetBusy(false);
   });
   auto actions = new QHBoxLayout;
+  actions->setSpacing(kButtonSpacing);
   actions->addStretch(1);
   actions->addWidget(xqtcmd);
   grid->addLayout(actions, r + 1, 0, 1, 3);
@@ -336,6 +344,7 @@ QWidget* MainWindow::BuildSlinkFrame() {
   binder_.Bind(f.cmdSlinkXqt, xqt, "cmdSlinkXqt", [this] { cmdSlinkXqt_Click(p_); });
   binder_.Bind(f.CmdSlinkDone, done, "CmdSlinkDone", [this] { CmdSlinkDone_Click(p_); });
   auto actions = new QHBoxLayout;
+  actions->setSpacing(kButtonSpacing);
   actions->addStretch(1);
   actions->addWidget(xqt);
   actions->addWidget(done);
@@ -369,6 +378,7 @@ QWidget* MainWindow::BuildAdiFrame() {
   top->addWidget(Caption("Key", key), 2, 0);
   top->addWidget(key, 2, 1);
   auto runButtons = new QHBoxLayout;
+  runButtons->setSpacing(kButtonSpacing);
   auto xqt = new QPushButton, add = new QPushButton, next = new QPushButton, all = new QPushButton;
   binder_.Bind(f.cmdADIxqt, xqt, "cmdADIxqt", [this] { cmdADIxqt_Click(p_); });
   binder_.Bind(f.CmdADIadd, add, "CmdADIadd", [this] { CmdADIadd_Click(p_); });
@@ -388,6 +398,7 @@ QWidget* MainWindow::BuildAdiFrame() {
   binder_.Bind(f.Frame3, frame3, "Frame3");
   auto grid = new QGridLayout(frame3);
   auto fileName = Display(30), recnmb = Display(5), device = Display(12), fileKey = Display(12);
+  recnmb->setMaximumWidth(recnmb->minimumWidth());
   auto size = new QLabel;
   binder_.Bind(f.ADIFileName, fileName, "ADIFileName");
   binder_.Bind(f.ADIRecnmb, recnmb, "ADIRecnmb");
@@ -411,6 +422,7 @@ QWidget* MainWindow::BuildAdiFrame() {
   grid->setColumnStretch(5, 1);
 
   auto editor = new QHBoxLayout;
+  editor->setSpacing(kButtonSpacing);
   struct EditorButton {
     Button& model;
     const char* name;
@@ -480,7 +492,7 @@ bool MainWindow::ShowModel() {
   if (f.visible && isHidden() && !host_.quitting()) {
     if (!placed_) {
       placed_ = true;
-      resize(sizeHint().expandedTo(QSize(980, 640)));
+      resize(sizeHint().expandedTo(QSize(kFirstWidth, kFirstHeight)));
       if (QScreen* screen = QGuiApplication::primaryScreen()) {
         QRect area = screen->availableGeometry();
         move(area.center() - rect().center());
