@@ -20,7 +20,7 @@
 
 namespace jettest {
 
-inline std::string AccessSamples() { return std::string(BW_SHARED_DIR) + "/testdata/access"; }
+inline std::string AccessSamples() { return std::string(BW_TESTDATA_DIR) + "/access"; }
 
 inline std::string Shell(const std::string& command) {
   std::string out;
