@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QGroupBox>
 #include <QImage>
 #include <QLabel>
@@ -259,6 +260,7 @@ class DesktopProgramTest : public QObject {
   void adiRunWaitsForTheChoiceAtEveryKey();
   void everyMessageBoxIsTitledBurstwright();
   void missingLibraryEndsStartUpWithItsMessage();
+  void quitClosesTheDatabaseAndEndsTheEventLoop_data();
   void quitClosesTheDatabaseAndEndsTheEventLoop();
   void closingTheWindowEndsTheEventLoopToo();
 };
@@ -643,6 +645,17 @@ void DesktopProgramTest::prontoRunIntoANewDatabaseReadsBackThroughMdbtools() {
   QCOMPARE(Get<QComboBox>(s.w(), "DvcModelList")->count(), 0);
   QVERIFY(NobodyHoldsOpen(file));
 
+  // Opening it again starts in the same folder and lists what the run stored.
+  FileDialogSeen reopen;
+  AnswerFileDialog(file.string(), &reopen);
+  s.Press("LoadDB");
+  QCOMPARE(reopen.filter, QStringLiteral("MDB Files (*.mdb)"));
+  QCOMPARE(reopen.folder, Q(folder.string()));
+  QCOMPARE(Items(Get<QComboBox>(s.w(), "DvcModelList")), QStringList{model});
+  QCOMPARE(Items(Get<QComboBox>(s.w(), "DvcMfglist")), QStringList{Q(Upper(device.Header("MANUFACTURER")))});
+  s.Press("LoadDB");
+  QVERIFY(NobodyHoldsOpen(file));
+
   // What mdbtools reads back: one device under the file's model, one row per key.
   auto devices = ExportTable(file, "Devices");
   QCOMPARE(devices.size(), std::size_t(1));
@@ -746,6 +759,23 @@ void DesktopProgramTest::adiRunWaitsForTheChoiceAtEveryKey() {
     ++k;
   }
   QVERIFY(s.guard.unanswered().isEmpty());
+
+  // A second program opens the file from the user's home folder and shows its first record.
+  Session other;
+  QVERIFY(other.started);
+  other.ChooseOutput("ADI Leopard");
+  FileDialogSeen open;
+  AnswerFileDialog(file.string(), &open);
+  other.Press("cmdADIOpen");
+  QCOMPARE(open.filter, QStringLiteral("LIR Files (*.lir)"));
+  QCOMPARE(open.folder, QDir::homePath());
+  QCOMPARE(Get<QLabel>(other.w(), "adiFsize")->text(), QString::number(records));
+  QCOMPARE(other.Text("ADIRecnmb"), QStringLiteral("1"));
+  QCOMPARE(other.Text("ADIFileDevice"), devicePart);
+  QCOMPARE(other.Text("AdiFileKey"), squeeze(device.keys[0].label));
+  Click(Get<QPushButton>(other.w(), "cmdADINext"));
+  QCOMPARE(other.Text("AdiFileKey"), squeeze(device.keys[2].label));
+  QVERIFY(other.guard.unanswered().isEmpty());
 }
 
 void DesktopProgramTest::everyMessageBoxIsTitledBurstwright() {
@@ -836,7 +866,17 @@ void DesktopProgramTest::missingLibraryEndsStartUpWithItsMessage() {
   QCOMPARE(message.text, QStringLiteral("Can not locate Device Library"));
 }
 
+void DesktopProgramTest::quitClosesTheDatabaseAndEndsTheEventLoop_data() {
+  QTest::addColumn<QString>("output");
+  QTest::addColumn<QString>("button");
+  QTest::newRow("Quit") << "Philips Pronto" << "quit";
+  QTest::newRow("Slink-e Done") << "Nirvis TX Only" << "CmdSlinkDone";
+  QTest::newRow("ADI Done") << "ADI Leopard" << "cmdADIdone";
+}
+
 void DesktopProgramTest::quitClosesTheDatabaseAndEndsTheEventLoop() {
+  QFETCH(QString, output);
+  QFETCH(QString, button);
   Session s;
   QVERIFY(s.started);
   fs::create_directories(s.home() / "Generated IRDBs");
@@ -847,8 +887,11 @@ void DesktopProgramTest::quitClosesTheDatabaseAndEndsTheEventLoop() {
   s.Press("xqtcmd");
   QVERIFY(!NobodyHoldsOpen(file));
 
+  s.ChooseOutput(qPrintable(output));
+
   // As in main(): the program ends when quitting leaves the application's loop.
-  QTimer::singleShot(0, [&] { s.Press("quit"); });
+  const QByteArray name = button.toLatin1();
+  QTimer::singleShot(0, [&] { s.Press(name.constData()); });
   QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
   QCOMPARE(QCoreApplication::exec(), 0);
   QVERIFY(s.program.host().quitting());
