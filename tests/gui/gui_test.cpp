@@ -1,922 +1,409 @@
-// The desktop program driven through its real widgets, offscreen, over a
-// temporary program folder that links the bundled Device Library. What the
-// window should show is read from the library's files by the tests' own
-// reader; what the runs write is read back from disk, through mdbtools for the
-// IR database and through burstwright-cli for ADI files.
-#include <sys/file.h>
+// The desktop program's real widgets driven offscreen over a temporary program folder. Expectations come from
+// the Device Library's files, read by our own reader; what runs write is read back through mdbtools and our lir.
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <map>
-#include <sstream>
-#include <string>
-#include <vector>
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDir>
-#include <QGroupBox>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QProcess>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QRegularExpression>
 #include <QTest>
+#include <QtWidgets>
 
 #include "desktop_program.h"
 #include "gui_driver.h"
-#include "library_files.h"
 #include "version.h"
 
 namespace fs = std::filesystem;
-using namespace bw::guitest;
+using namespace bw::guidriver;
 
 namespace {
 
 const fs::path kLibrary = fs::path(BW_SOURCE_DIR) / "Device Library";
 
-/// The named child of `root`; a missing widget ends the whole suite, since
-/// every later step would only fail on a null pointer.
-template <class T>
-T* Get(QWidget* root, const char* name) {
-  T* widget = Find<T>(root, name);
-  if (!widget) qFatal("no widget named %s of the expected kind", name);
-  return widget;
+template <class T = QWidget>
+T* Get(QWidget* root, const char* name) {  // a missing widget ends the suite: later steps would only crash
+  if (T* widget = Find<T>(root, name)) return widget;
+  qFatal("no widget named %s of the expected kind", name);
+}
+QString Text(QWidget* root, const char* name) { return Get(root, name)->property("text").toString(); }
+/// A caption as drawn: "&&" shows a literal "&", a single "&" marks a shortcut.
+QString Shown(QString caption) { return caption.replace("&&", QChar(1)).remove('&').replace(QChar(1), '&'); }
+int CursorShape() { return QApplication::overrideCursor() ? int(QApplication::overrideCursor()->shape()) : -1; }
+
+QString Q(const fs::path& path) { return QString::fromStdString(path.string()); }
+QString ReadAll(const fs::path& path) {
+  QFile file(Q(path));
+  return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll()) : QString();
 }
 
-QString Q(const std::string& text) { return QString::fromStdString(text); }
-
-/// A caption as the user reads it: Qt draws "&&" as "&" and hides a single "&"
-/// (it marks the next letter as a keyboard shortcut).
-QString Shown(QString caption) {
-  caption.replace(QStringLiteral("&&"), QString(QChar(0xE000)));
-  caption.remove(QLatin1Char('&'));
-  caption.replace(QChar(0xE000), QLatin1Char('&'));
-  return caption;
+/// A library file in the plain layout the samples use: "KEYWORD = value" lines
+/// (comments after "'") before [KEYCODES], "LABEL = codes" lines after it.
+struct LibraryFile {
+  QMap<QString, QString> head;
+  QList<std::pair<QString, QString>> keys;
+  QString operator[](const QString& keyword) const { return head.value(keyword); }
+};
+LibraryFile Read(const QString& fileName) {
+  LibraryFile file;
+  bool keys = false;
+  for (QString line : ReadAll(kLibrary / fileName.toStdString()).split('\n')) {
+    line = line.section('\'', 0, 0).trimmed();
+    keys = keys || line.toUpper() == "[KEYCODES]";
+    if (line.startsWith(';') || !line.contains('=')) continue;
+    const QString name = line.section('=', 0, 0).trimmed(), value = line.section('=', 1).section(';', 0, 0).trimmed();
+    keys ? file.keys.append({name, value}) : void(file.head[name.toUpper()] = value);
+  }
+  return file;
 }
 
-QStringList Items(QListWidget* list) {
-  QStringList items;
-  for (int i = 0; i < list->count(); ++i) items << list->item(i)->text();
-  return items;
+QStringList Files(const QString& pattern) {  // of the library, in the device list's order: by upper-cased name
+  QStringList files = QDir(Q(kLibrary)).entryList({pattern}, QDir::Files);
+  std::sort(files.begin(), files.end(), [](auto& a, auto& b) { return a.toUpper() < b.toUpper(); });
+  return files;
 }
 
-QStringList Items(QComboBox* combo) {
-  QStringList items;
-  for (int i = 0; i < combo->count(); ++i) items << combo->itemText(i);
-  return items;
+/// A protocol file's timing ("[4500 -4500]", "1,-3") in microseconds: small values count in time-base units.
+QList<int> Microseconds(QString timing, int timeBase) {
+  QList<int> out;
+  for (const QString& v : timing.replace(QRegularExpression("[\\[\\],]"), " ").simplified().split(' '))
+    out << (std::abs(v.toInt()) >= timeBase ? v.toInt() : v.toInt() * timeBase);
+  return out;
+}
+QString Bits(long value, int count) { return count ? QString::number(value & 1) + Bits(value >> 1, count - 1) : ""; }
+
+bool NobodyHoldsOpen(const fs::path& file) {  // we can take its exclusive lock
+  const int fd = ::open(file.c_str(), O_RDONLY);
+  const bool free = fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+  return ::close(fd), free;
 }
 
-/// One started desktop program over its own program folder, with a guard that
-/// closes unanswered message boxes and a watchdog that ends any wait a broken
-/// script would leave hanging.
-struct Session {
-  ProgramFolder folder;
+QString Run(const QString& program, const QStringList& arguments) {
+  QProcess process;
+  process.start(program, arguments);
+  return process.waitForFinished(20000) ? QString::fromUtf8(process.readAllStandardOutput()) : QString();
+}
+
+/// A table read by mdb-export, as its columns by name.
+QMap<QString, QStringList> Export(const fs::path& database, const char* table) {
+  const QStringList rows = Run("mdb-export", {"-Q", "-e", "-d", "|", Q(database), table}).split('\n');
+  QMap<QString, QStringList> columns;
+  for (const QString& row : rows.mid(1, rows.size() - 2))
+    for (int c = 0; c <= rows[0].count('|'); ++c) columns[rows[0].section('|', c, c)] << row.section('|', c, c);
+  return columns;
+}
+
+/// A program folder per test: the build's template, the database folder, a link to the library. Removed after.
+struct ProgramFolder {
+  QTemporaryDir folder;
+  const fs::path home = folder.path().toStdString();
+  ProgramFolder() {
+    fs::create_directories(home / "Generated IRDBs");
+    fs::copy_file(fs::path(BW_BIN_DIR) / "Empty_RCIR.mdb", home / "Empty_RCIR.mdb");
+    fs::create_directory_symlink(kLibrary, home / "Device Library");
+  }
+};
+
+/// One started program over its own folder; a guard closes unanswered message
+/// boxes and a watchdog ends any wait a broken script would leave hanging.
+struct Session : ProgramFolder {
   bw::gui::DesktopProgram program;
   MessageGuard guard;
-  bool started = false;
-  bool watchdogFired = false;
   QTimer watchdog;
-
-  explicit Session(int watchdogMilliseconds = 30000) {
-    started = program.Start(folder.path(), "");
-    watchdog.setSingleShot(true);
-    QObject::connect(&watchdog, &QTimer::timeout, [this] {
-      watchdogFired = true;
+  bool started = program.Start(home, "");
+  Session() {
+    watchdog.callOnTimeout([this] {
       if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
       program.host().Quit();
     });
-    watchdog.start(watchdogMilliseconds);
+    watchdog.start(30000);
   }
-
   QWidget* w() { return &program.window(); }
   QWidget* dbg() { return &program.details(); }
-  fs::path home() const { return folder.path(); }
-
-  void ChooseOutput(const char* entry) { QVERIFY(ClickRow(Get<QListWidget>(w(), "Output"), QString::fromLatin1(entry))); }
-  void ChooseDevice(const std::string& listName) { QVERIFY(ClickRow(Get<QListWidget>(w(), "Lex"), Q(listName))); }
+  void Output(const char* entry) { QVERIFY(ClickRow(Get<QListWidget>(w(), "Output"), entry)); }
+  void Device(const QString& name) { QVERIFY(ClickRow(Get<QListWidget>(w(), "Lex"), name.toUpper())); }
   void Press(const char* button) {
-    QPushButton* b = Get<QPushButton>(w(), button);
+    auto b = Get<QPushButton>(w(), button);
     QVERIFY2(b->isVisible() && b->isEnabled(), button);
     Click(b);
   }
-  QString Text(const char* lineEdit) { return Get<QLineEdit>(w(), lineEdit)->text(); }
+  QString Text(const char* name) { return ::Text(w(), name); }  // of a line edit or a label
+  void Pick(const char* combo, int row) { Get<QComboBox>(w(), combo)->setCurrentIndex(row); }
+  QStringList Items(const char* list) {  // the rows of a list or a combo box
+    auto combo = Find<QComboBox>(w(), list);
+    const QAbstractItemModel* model = combo ? combo->model() : Get<QListWidget>(w(), list)->model();
+    QStringList items;
+    for (int row = 0; row < model->rowCount(); ++row) items << model->index(row, 0).data().toString();
+    return items;
+  }
 };
-
-/// The status line of the main window: the status box, or the plain line that
-/// repeats its text while the Pronto panel keeps the box hidden.
-QString StatusLine(QWidget* window) {
-  auto box = Get<QLineEdit>(window, "status");
-  return box->isVisible() ? box->text() : Get<QLabel>(window, "statusEcho")->text();
-}
-
-/// The current override cursor's shape, -1 when there is none.
-int OverrideCursorShape() {
-  QCursor* cursor = QApplication::overrideCursor();
-  return cursor ? int(cursor->shape()) : -1;
-}
-
-/// Runs an external reader and gives its standard output.
-QString RunReader(const QString& program, const QStringList& arguments) {
-  QProcess process;
-  process.start(program, arguments);
-  if (!process.waitForFinished(20000) || process.exitCode() != 0) {
-    qWarning("%s failed: %s", qPrintable(program), process.readAllStandardError().constData());
-    return QString();
-  }
-  return QString::fromUtf8(process.readAllStandardOutput());
-}
-
-/// A table as mdb-export gives it: one map per row, keyed by column name.
-std::vector<std::map<QString, QString>> ExportTable(const fs::path& database, const char* table) {
-  QString csv = RunReader(QStringLiteral("mdb-export"), {Q(database.string()), QString::fromLatin1(table)});
-  std::vector<QStringList> rows;
-  QStringList fields;
-  QString field;
-  bool quoted = false;
-  for (qsizetype i = 0; i < csv.size(); ++i) {
-    QChar c = csv[i];
-    if (quoted) {
-      if (c == QLatin1Char('"') && i + 1 < csv.size() && csv[i + 1] == QLatin1Char('"')) {
-        field += c;
-        ++i;
-      } else if (c == QLatin1Char('"')) {
-        quoted = false;
-      } else {
-        field += c;
-      }
-    } else if (c == QLatin1Char('"')) {
-      quoted = true;
-    } else if (c == QLatin1Char(',')) {
-      fields << field;
-      field.clear();
-    } else if (c == QLatin1Char('\n')) {
-      fields << field;
-      field.clear();
-      rows.push_back(fields);
-      fields.clear();
-    } else {
-      field += c;
-    }
-  }
-  std::vector<std::map<QString, QString>> named;
-  for (std::size_t r = 1; r < rows.size(); ++r) {
-    std::map<QString, QString> row;
-    for (qsizetype c = 0; c < rows[0].size() && c < rows[r].size(); ++c) row[rows[0][c]] = rows[r][c];
-    named.push_back(row);
-  }
-  return named;
-}
-
-/// True when this process can take the exclusive lock of `file`: nobody holds it open.
-bool NobodyHoldsOpen(const fs::path& file) {
-  int fd = ::open(file.c_str(), O_RDONLY);
-  if (fd < 0) return false;
-  bool free = ::flock(fd, LOCK_EX | LOCK_NB) == 0;
-  ::close(fd);
-  return free;
-}
-
-/// A timing list of a protocol file ("[4500 -4500]", "1,-3") in microseconds:
-/// numbers below the time base count in time-base units.
-std::vector<int> Microseconds(std::string text, int timeBase) {
-  for (char& c : text)
-    if (c == '[' || c == ']' || c == ',') c = ' ';
-  std::vector<int> out;
-  std::istringstream in(text);
-  double value;
-  while (in >> value) out.push_back(int(std::lround(std::fabs(value) >= timeBase ? value : value * timeBase)));
-  return out;
-}
-
-int Number(const ProtocolFile& protocol, const char* statement) {
-  return std::stoi(protocol.statements.at(statement));
-}
-
-/// Reads `count` pulse-distance bits (least significant first) from `d` at `at`.
-/// -1 when a pair matches neither the ONE nor the ZERO timing.
-long ReadBits(const std::vector<int>& d, std::size_t& at, int count, const std::vector<int>& one,
-              const std::vector<int>& zero) {
-  long value = 0;
-  for (int bit = 0; bit < count; ++bit, at += 2) {
-    if (at + 1 >= d.size()) return -1;
-    if (d[at] == one[0] && d[at + 1] == one[1]) value |= 1L << bit;
-    else if (!(d[at] == zero[0] && d[at + 1] == zero[1])) return -1;
-  }
-  return value;
-}
-
-int Sum(const std::vector<int>& d, std::size_t from, std::size_t to) {
-  int total = 0;
-  for (std::size_t i = from; i < to && i < d.size(); ++i) total += std::abs(d[i]);
-  return total;
-}
-
-/// The waveform's two traces, told apart by hue (antialiasing blends their
-/// edges with the light background).
-enum Trace { kOnceTrace, kRepeatTrace };
-
-/// Leftmost and rightmost column of `trace` below the legend; -1 when absent.
-std::pair<int, int> TraceExtent(const QImage& image, Trace trace) {
-  constexpr int kLegendRows = 24;
-  int left = -1, right = -1;
-  for (int x = 0; x < image.width(); ++x)
-    for (int y = kLegendRows; y < image.height(); ++y) {
-      QColor c = image.pixelColor(x, y);
-      bool match = trace == kOnceTrace ? c.blue() - c.red() > 40 : c.red() - c.blue() > 40;
-      if (match) {
-        if (left < 0) left = x;
-        right = x;
-        break;
-      }
-    }
-  return {left, right};
-}
 
 }  // namespace
 
-class DesktopProgramTest : public QObject {
+class GuiTest : public QObject {
   Q_OBJECT
-
  private slots:
   void cleanup() { CancelPendingWhens(); }
 
-  void startupListsTheLibrarysDevicesAndProtocols();
-  void everyControlIsOneWidgetNamedAfterIt();
-  void outputChoiceShowsOnePanelInOnePlace();
-  void clickingADeviceShowsItsHeader();
-  void slinkTxOnlyWritesEveryKeyAsItsDurations();
-  void showDetailsStopsAtEveryKeyUntilFinish();
-  void prontoRunIntoANewDatabaseReadsBackThroughMdbtools();
-  void adiRunWaitsForTheChoiceAtEveryKey();
-  void everyMessageBoxIsTitledBurstwright();
-  void missingLibraryEndsStartUpWithItsMessage();
-  void quitClosesTheDatabaseAndEndsTheEventLoop_data();
-  void quitClosesTheDatabaseAndEndsTheEventLoop();
-  void closingTheWindowEndsTheEventLoopToo();
+  void startupListsTheLibraryUnderTheVersionCaption() {
+    Session s;
+    QVERIFY(s.started && s.w()->isVisible());
+    QStringList devices, protocols;  // devices sorted by upper-cased file name: "X A3.DVC" before "X.DVC"
+    for (const QString& file : Files("*.dvc")) devices << file.section('.', 0, -2).toUpper();
+    for (const QString& file : Files("*.irp")) protocols << Read(file)["PROTOCOL"].toUpper();
+    QCOMPARE(s.Items("Lex"), devices);
+    QStringList shown = s.Items("format");
+    shown.sort(), protocols.sort();
+    QCOMPARE(shown, protocols);
+    QCOMPARE(s.Items("Output"), QStringList({"Philips Pronto", "Nirvis TX Only", "Nirvis Tx/Rx", "ADI Leopard"}));
+    QCOMPARE(std::pair(Get<QListWidget>(s.w(), "Output")->currentRow(), Get<QListWidget>(s.w(), "Lex")->currentRow()),
+             std::pair(0, -1));
+    QCOMPARE(Shown(s.Text("LoadDB")) + "|" + s.Text("Label5"), "Open|Select Device");
+    for (const char* off : {"DBmfgDEL", "DBtypDEL", "DBdvcDel"}) QVERIFY(!Get(s.w(), off)->isEnabled());
+    QCOMPARE(s.w()->windowTitle(), QString("Pronto Burstwright Version(%1.%2 R%3)")
+                                       .arg(bw::version::kMajor).arg(bw::version::kMinor).arg(bw::version::kRevision));
+  }
+
+  void everyControlIsOneWidgetNamedAfterIt() {
+    Session s;
+    const QString mainNames =
+        "Lex Output format Label5 Autogen Check1 DBI Slnk ADI dbname dbnlbl LoadDB NewDB DBmfgDEL DBtypDEL DBdvcDel "
+        "DvcMfglist DvcTypeList DvcModelList DC FFC LFC Model MFG Device quit txtdescr ADIdescr Frame2 Frame4 Ot RPT "
+        "txtcarrier TxtOne TxtZero TxtRpt TxtStart txtStop xqtcmd status txtcertify slinkkeyname SlinkEntryCount "
+        "Opttxonly OptTxRx cmdSlinkXqt CmdSlinkDone cmdADIxqt cmdadiall CmdADIadd cmdADInxtKey AdiNewKey ADIoptTX "
+        "ADIoptRX Frame3 ADIFileName ADIRecnmb adiFsize ADIFileDevice AdiFileKey cmdADIOpen cmdADIsave cmdADIprior "
+        "cmdADINext cmdADIrpl cmdadiDelete cmdAdiNew cmdADIdone";
+    const QString detailNames = "Next Skip Finish HexOPT Option1_0 Option1_1 Option1_2 Command1 BurstList Text1 "
+                                "Shape1 lblKeyLabel lblOnceCount lblRepeatCount lblType lblModel lblManufacturer "
+                                "lblProtocol lblBurstPairCount lblCarrier lblTitle";
+    for (auto [root, names] : {std::pair{s.w(), mainNames}, std::pair{s.dbg(), detailNames}})
+      for (const QString& name : names.split(' '))
+        QVERIFY2(root->findChildren<QWidget*>(name).size() == 1, qPrintable(name));
+    QCOMPARE(s.w()->objectName() + " " + s.dbg()->objectName() + " " + s.dbg()->windowTitle(),
+             "F DBG IR Database Entry Details");
+    // Captions as drawn: a literal "&" stays, the Slink-e title keeps its two blanks.
+    QCOMPARE(Shown(Get<QGroupBox>(s.w(), "ADI")->title()) + "|" + Shown(Get<QGroupBox>(s.w(), "Slnk")->title()),
+             "ADI Leopard & Ocelot|Nirvis Slink-e  File Options");
+  }
+
+  void outputChoiceShowsOnePanelInOnePlace() {
+    Session s;
+    QWidget *dbi = Get(s.w(), "DBI"), *slnk = Get(s.w(), "Slnk"), *adi = Get(s.w(), "ADI");
+    const std::pair<const char*, QWidget*> cases[] = {
+        {"Nirvis TX Only", slnk}, {"ADI Leopard", adi}, {"Nirvis Tx/Rx", slnk}, {"Philips Pronto", dbi}};
+    for (auto [entry, shown] : cases) {
+      s.Output(entry);
+      for (QWidget* frame : {dbi, slnk, adi}) {
+        QCOMPARE(frame->isVisible(), frame == shown);
+        QCOMPARE(frame->mapTo(s.w(), QPoint()), shown->mapTo(s.w(), QPoint()));
+      }
+    }
+  }
+
+  void clickingADeviceFillsTheFieldsFromItsFile() {
+    Session s;
+    for (const QString name : {"Denon AV Receiver", "RGB LED Controller", "Xantech RC68 A3", "Samsung TV"}) {
+      const LibraryFile device = Read(name + ".dvc");
+      s.Device(name);
+      QCOMPARE(QStringList({s.Text("Label5"), s.Text("MFG"), s.Text("Device"), s.Text("Model"),
+                            Get<QComboBox>(s.w(), "format")->currentText(), s.Text("txtdescr")}),
+               QStringList({"Device Selected", device["MANUFACTURER"].toUpper(), device["DEVICE"].toUpper(),
+                            device["MODEL"].toUpper(), (device["PROTOCOL"] + device["FORMAT"]).toUpper(),
+                            (device["MANUFACTURER"] + "-" + device["MODEL"]).toUpper()}));
+    }
+  }
+
+  void slinkTxOnlyWritesEveryKeyAsItsFrames() {
+    Session s;
+    const LibraryFile device = Read("Samsung TV.dvc"), protocol = Read(device["PROTOCOL"] + ".irp");
+    s.Output("Nirvis TX Only");
+    s.Device("Samsung TV");
+    s.Press("cmdSlinkXqt");
+    const QString descr = (device["MANUFACTURER"] + "-" + device["MODEL"]).toUpper();
+    QCOMPARE(s.Text("SlinkEntryCount") + " " + s.Text("slinkkeyname"),
+             QString::number(device.keys.size()) + " " + device.keys.back().first);
+    const QString text = ReadAll(s.home / "Slinke Library" / (descr + ".cde").toStdString());
+    QCOMPARE(text.count('\n'), text.count("\r\n"));
+    // The header, then per key an empty line and "durations :LABEL"; the last CR LF is followed by one more.
+    const QStringList lines = text.split("\r\n");
+    QCOMPARE(lines.mid(0, 4), QStringList({"Desc=" + descr, "type=irtxonly", "sleep=0",
+                                           "carrier=" + protocol["FREQUENCY"] + ".00"}));
+    QCOMPARE(lines.size(), 6 + 2 * device.keys.size());
+    QCOMPARE(lines.mid(lines.size() - 2), QStringList({"", ""}));
+    // Each entry as the protocol file describes it: lead-in (L), device code twice, function and its
+    // complement (8 bits each, LSB first), a burst (S) whose space pads the frame to its period; then
+    // the repeat frame with bit 0 of the device code.
+    const int base = protocol["TIMEBASE"].toInt(), period = protocol["DEFINE FRAME"].mid(1).toInt();
+    const auto one = Microseconds(protocol["ONE"], base), zero = Microseconds(protocol["ZERO"], base);
+    const auto lead = Microseconds(protocol["DEFINE LEAD"], base), stop = Microseconds(protocol["DEFINE STOP"], base);
+    const long code = device["DEVICECODE"].toLong();
+    for (qsizetype k = 0; k < device.keys.size(); ++k) {
+      const QString entry = lines[5 + 2 * k];
+      QCOMPARE(lines[4 + 2 * k] + entry.section(" :", -1), device.keys[k].first);
+      QList<int> d;
+      for (const QString& n : entry.section(" :", 0, -2).split(' ', Qt::SkipEmptyParts)) d << n.toInt();
+      QString symbols;
+      QList<int> frames{0};
+      for (qsizetype i = 0; i < d.size(); i += 2) {
+        const QList<int> pair{d[i], d.value(i + 1)};
+        frames.back() += std::abs(pair[0]) + std::abs(pair[1]);
+        symbols += pair == lead ? 'L' : pair == one ? '1' : pair == zero ? '0' : pair[0] == stop[0] ? 'S' : '?';
+        if (symbols.back() == 'S') frames << 0;
+      }
+      const long function = device.keys[k].second.toLong();
+      QCOMPARE(symbols, "L" + Bits(code, 8) + Bits(code, 8) + Bits(function, 8) + Bits(255 - function, 8) + "SL" +
+                            Bits(code, 1) + "S");
+      QCOMPARE(frames, QList<int>({period, period, 0}));
+    }
+  }
+
+  void prontoRunWithDetailsIntoANewDatabaseReadsBackThroughMdbtools() {
+    Session s;
+    const LibraryFile device = Read("Samsung TV.dvc");
+    const fs::path folder = s.home / "Generated IRDBs", file = folder / "Lounge.mdb";
+    FileDialogSeen dialog;
+    AnswerFileDialog(file.string(), &dialog);
+    s.Press("NewDB");
+    QCOMPARE(dialog.filter + "|" + dialog.folder, "MDB Files (*.mdb)|" + Q(folder));
+    QCOMPARE(s.Text("dbname") + "|" + Shown(s.Text("LoadDB")), Q(file) + "|Close");
+    for (const char* on : {"DBmfgDEL", "DBtypDEL", "DBdvcDel"}) QVERIFY(Get(s.w(), on)->isEnabled());
+    // Show Details: the run waits in the dialog at the first key, Next goes on
+    // to the second, Finish lets the rest run unshown.
+    s.Device("Samsung TV");
+    Click(Get<QCheckBox>(s.w(), "Check1"));
+    QWidget* dbg = s.dbg();
+    auto next = Get<QPushButton>(dbg, "Next");
+    auto atKey = [=](qsizetype k) {  // the run waits there
+      return [=] { return next->isVisible() && next->isEnabled() && Text(dbg, "lblKeyLabel") == device.keys[k].first; };
+    };
+    QString status;
+    int cursor = -1;
+    bool second = false;
+    When(atKey(0), [&] {
+      auto box = Get<QLineEdit>(s.w(), "status");  // while hidden, its text shows as a plain line
+      status = box->isVisible() ? box->text() : s.Text("statusEcho");
+      cursor = CursorShape();
+      Click(next);
+      When(atKey(1), [&] { second = true, Click(Get<QPushButton>(dbg, "Finish")); });
+    });
+    s.Press("xqtcmd");
+    QVERIFY(second && !dbg->isVisible() && !Get<QCheckBox>(s.w(), "Check1")->isChecked());
+    const auto [label, function] = device.keys[0];
+    QCOMPARE(status, QString("Function=%1 (%2,%3)").arg(label, function, device["DEVICECODE"]));
+    QCOMPARE(std::pair(cursor, CursorShape()), std::pair(int(Qt::BusyCursor), -1));
+    const QString model = device["MODEL"].toUpper();
+    QVERIFY(s.Items("DvcModelList").contains(model) && !NobodyHoldsOpen(file));
+    s.Press("LoadDB");
+    QCOMPARE(Shown(s.Text("LoadDB")) + s.Text("dbname") + s.Items("DvcModelList").join(""), "Open");
+    QVERIFY(NobodyHoldsOpen(file));
+    // mdbtools: one device with its maker and type, one row per key in order.
+    auto devices = Export(file, "Devices"), codes = Export(file, "IR Codes");
+    QCOMPARE(devices["Model"], QStringList{model});
+    QCOMPARE(Export(file, "Manufacturers")["name"], QStringList{device["MANUFACTURER"].toUpper()});
+    QCOMPARE(Export(file, "Device Types")["name"], QStringList{device["DEVICE"].toUpper()});
+    QStringList labels, functions;
+    for (qsizetype k = 0; k < device.keys.size(); ++k)
+      labels << device.keys[k].first, functions << QString::number(k + 1);
+    QCOMPARE(codes["Label"], labels);
+    QCOMPARE(codes["FunctionID"], functions);
+    QCOMPARE(codes["DeviceID"], QStringList(labels.size(), devices["DeviceID"].value(0)));
+    QVERIFY(s.guard.unanswered().isEmpty());
+  }
+
+  void adiRunWaitsForAddNextKeyOrAllKeys() {
+    Session s;
+    const LibraryFile device = Read("Denon AV Receiver.dvc");
+    s.Output("ADI Leopard");
+    s.Device("Denon AV Receiver");
+    s.Press("cmdAdiNew");
+    QCOMPARE(s.Text("ADIFileName"), "NEW");
+    // Key 1: Add. Key 2: Next Key (skipped). Key 3: Add. Key 4: All Keys, which adds it and every later key.
+    const char* answers[] = {"CmdADIadd", "cmdADInxtKey", "CmdADIadd", "cmdadiall"};
+    QStringList sizes;
+    int cursor = -1, k = 0;
+    QTimer answering;  // fires inside the run's waiting loop
+    answering.callOnTimeout([&] {
+      if (k < 4 && Get(s.w(), "CmdADIadd")->isEnabled() && s.Text("AdiNewKey") == device.keys[k].first)
+        sizes << s.Text("adiFsize"), cursor = CursorShape(), Click(Get<QPushButton>(s.w(), answers[k++]));
+    });
+    answering.start(10);
+    s.Press("cmdADIxqt");
+    QCOMPARE(cursor, int(Qt::BusyCursor));
+    const qsizetype records = device.keys.size() - 1;
+    QCOMPARE(sizes << s.Text("adiFsize"), QStringList({"0", "1", "1", "2", QString::number(records)}));
+    FileDialogSeen dialog;
+    const fs::path lir = s.home / "ADI Library" / "denon.lir";
+    AnswerFileDialog(lir.string(), &dialog);
+    s.Press("cmdADIsave");
+    QCOMPARE(dialog.filter + "|" + dialog.folder, "LIR Files (*.lir)|" + Q(lir.parent_path()));
+    QCOMPARE(s.Text("ADIFileName"), Q(lir));
+    QCOMPARE(qsizetype(fs::file_size(lir)), records * 256);
+    // Our own reader lists every key but the skipped one, in order, under the device's name.
+    QStringList listed, expected;
+    for (const QString& line : Run(BW_BIN_DIR "/burstwright-cli", {"lir", Q(lir)}).split('\n', Qt::SkipEmptyParts))
+      listed << line.section('\t', 1, 2);
+    for (qsizetype k = 0; k < device.keys.size(); ++k)
+      if (k != 1) expected << (device["MANUFACTURER"] + "/" + device["MODEL"] + "\t" + device.keys[k].first).toUpper();
+    expected.replaceInStrings(" ", "");
+    QCOMPARE(listed, expected);
+    QVERIFY(s.guard.unanswered().isEmpty());
+  }
+
+  void messageBoxesAreTitledBurstwright() {
+    Session s;
+    const fs::path lir = s.home / "ADI Library" / "kept.lir", db = s.home / "Generated IRDBs" / "m.mdb";
+    fs::create_directories(lir.parent_path());
+    std::ofstream(lir) << "not a table";
+    const std::tuple<std::function<void()>, const char*, QMessageBox::StandardButton, QString> rows[] = {
+        {[] {}, "xqtcmd", QMessageBox::Ok, "No Data base has been selected, Please open a data Base"},
+        {[&] { s.Output("Nirvis TX Only"); }, "cmdSlinkXqt", QMessageBox::Ok,
+         "No Device File has been selected,\nand not set to Auto Generate"},
+        {[&] { Click(Get<QCheckBox>(s.w(), "Autogen")); }, "cmdSlinkXqt", QMessageBox::Ok,
+         "Auto Generate Selected and No Format has been selected"},
+        {[&] { s.Output("Philips Pronto"), AnswerFileDialog(db.string()), s.Press("NewDB"); }, "DBdvcDel",
+         QMessageBox::Ok, "No Device selected, Request Cancelled"},
+        {[&] { s.Device("Denon AV Receiver"), s.Press("xqtcmd"), s.Pick("DvcMfglist", 0); },
+         "DBmfgDEL", QMessageBox::No, "This will delete all devices of this Manufacturer, Proceed?"},
+        {[&] { s.Output("ADI Leopard"), s.Press("cmdAdiNew"), AnswerFileDialog(lir.string()); }, "cmdADIsave",
+         QMessageBox::No, Q(lir) + " Already exists\nDo you wish to write Over it?"}};
+    for (const auto& [before, button, answer, text] : rows) {
+      before();
+      MessageSeen seen;
+      AnswerMessageBox(answer, &seen);
+      s.Press(button);
+      QCOMPARE(seen.title + ": " + seen.text, "Burstwright: " + text);
+    }
+    // Both questions answered No left things as they were.
+    QCOMPARE(s.Items("DvcModelList").size(), 1);
+    QCOMPARE(ReadAll(lir), "not a table");
+    QTemporaryDir empty;  // no Device Library in it or above it: start-up says so and ends
+    MessageSeen seen;
+    AnswerMessageBox(QMessageBox::Ok, &seen);
+    bw::gui::DesktopProgram program;
+    QVERIFY(!program.Start(empty.path().toStdString(), "") && !program.window().isVisible());
+    QCOMPARE(seen.title + ": " + seen.text, "Burstwright: Can not locate Device Library");
+  }
+
+  void quitBothDonesAndClosingTheWindowCloseTheDatabaseAndEndTheLoop() {
+    const std::pair<const char*, const char*> rows[] = {
+        {"Philips Pronto", "quit"}, {"Nirvis TX Only", "CmdSlinkDone"}, {"ADI Leopard", "cmdADIdone"}, {"", ""}};
+    for (auto [output, button] : rows) {
+      Session s;
+      const fs::path file = s.home / "Generated IRDBs" / "quit.mdb";
+      AnswerFileDialog(file.string());
+      s.Press("NewDB");
+      s.Device("Denon AV Receiver");
+      s.Press("xqtcmd");
+      QVERIFY(!NobodyHoldsOpen(file));
+      if (*output) s.Output(output);
+      // As in main(): the program ends when quitting leaves the application's loop.
+      QTimer::singleShot(0, [&] { *button ? s.Press(button) : void(s.w()->close()); });
+      QTimer::singleShot(10000, &s.watchdog, [] { QCoreApplication::exit(99); });
+      QCOMPARE(QCoreApplication::exec(), 0);
+      QVERIFY2(!s.w()->isVisible() && NobodyHoldsOpen(file) && (!*button || s.program.host().quitting()), button);
+      QCOMPARE(Export(file, "IR Codes")["Label"].size(), Read("Denon AV Receiver.dvc").keys.size());
+    }
+  }
 };
 
-void DesktopProgramTest::startupListsTheLibrarysDevicesAndProtocols() {
-  Session s;
-  QVERIFY(s.started);
-  QVERIFY(s.w()->isVisible());
-
-  // The device list: every .dvc file, by upper-cased name, in the order of a
-  // listing sorted by upper-cased file name (so "X A3.DVC" comes before "X.DVC").
-  std::vector<fs::path> files = FilesWithExtension(kLibrary, ".dvc");
-  std::sort(files.begin(), files.end(),
-            [](const fs::path& a, const fs::path& b) { return Upper(a.filename().string()) < Upper(b.filename().string()); });
-  QStringList devices;
-  for (const fs::path& path : files) devices << Q(ListName(path));
-  QVERIFY(devices.size() > 3);
-  auto lex = Get<QListWidget>(s.w(), "Lex");
-  QCOMPARE(Items(lex), devices);
-  QCOMPARE(lex->currentRow(), -1);
-  QCOMPARE(Get<QLabel>(s.w(), "Label5")->text(), QStringLiteral("Select Device"));
-
-  // The protocol list: one name per protocol file that names one.
-  QStringList protocols;
-  for (const fs::path& path : FilesWithExtension(kLibrary, ".irp")) {
-    ProtocolFile file = ReadProtocolFile(path);
-    if (!file.name.empty()) protocols << Q(file.name);
-  }
-  QStringList shownProtocols = Items(Get<QComboBox>(s.w(), "format"));
-  protocols.sort();
-  shownProtocols.sort();
-  QCOMPARE(shownProtocols, protocols);
-
-  auto output = Get<QListWidget>(s.w(), "Output");
-  QCOMPARE(Items(output), (QStringList{"Philips Pronto", "Nirvis TX Only", "Nirvis Tx/Rx", "ADI Leopard"}));
-  QCOMPARE(output->currentRow(), 0);
-  QVERIFY(!Get<QCheckBox>(s.w(), "Check1")->isChecked());
-  QVERIFY(!Get<QCheckBox>(s.w(), "Autogen")->isChecked());
-  QCOMPARE(Shown(Get<QPushButton>(s.w(), "LoadDB")->text()), QStringLiteral("Open"));
-  for (const char* del : {"DBmfgDEL", "DBtypDEL", "DBdvcDel"}) QVERIFY(!Get<QPushButton>(s.w(), del)->isEnabled());
-
-  // The caption carries this build's version numbers and nothing after them.
-  QCOMPARE(s.w()->windowTitle(), QStringLiteral("Pronto Burstwright Version(%1.%2 R%3)")
-                                     .arg(bw::version::kMajor)
-                                     .arg(bw::version::kMinor)
-                                     .arg(bw::version::kRevision));
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::everyControlIsOneWidgetNamedAfterIt() {
-  Session s;
-  QVERIFY(s.started);
-  const char* mainControls[] = {
-      "Lex", "Output", "format", "Label5", "Autogen", "Check1", "DBI", "Slnk", "ADI", "dbname", "dbnlbl", "LoadDB",
-      "NewDB", "DBmfgDEL", "DBtypDEL", "DBdvcDel", "DvcMfglist", "DvcTypeList", "DvcModelList", "DC", "FFC", "LFC",
-      "Model", "MFG", "Device", "quit", "txtdescr", "ADIdescr", "Frame2", "Frame4", "Ot", "RPT", "txtcarrier",
-      "TxtOne", "TxtZero", "TxtRpt", "TxtStart", "txtStop", "xqtcmd", "status", "txtcertify", "slinkkeyname",
-      "SlinkEntryCount", "Opttxonly", "OptTxRx", "cmdSlinkXqt", "CmdSlinkDone", "cmdADIxqt", "cmdadiall",
-      "CmdADIadd", "cmdADInxtKey", "AdiNewKey", "ADIoptTX", "ADIoptRX", "Frame3", "ADIFileName", "ADIRecnmb",
-      "adiFsize", "ADIFileDevice", "AdiFileKey", "cmdADIOpen", "cmdADIsave", "cmdADIprior", "cmdADINext",
-      "cmdADIrpl", "cmdadiDelete", "cmdAdiNew", "cmdADIdone"};
-  for (const char* name : mainControls)
-    QVERIFY2(s.w()->findChildren<QWidget*>(QString::fromLatin1(name)).size() == 1, name);
-  QCOMPARE(s.w()->objectName(), QStringLiteral("F"));
-
-  const char* detailControls[] = {"Next", "Skip", "Finish", "HexOPT", "Option1_0", "Option1_1", "Option1_2",
-                                  "Command1", "BurstList", "Text1", "Shape1", "lblKeyLabel", "lblOnceCount",
-                                  "lblRepeatCount", "lblType", "lblModel", "lblManufacturer", "lblProtocol",
-                                  "lblBurstPairCount", "lblCarrier", "lblTitle"};
-  for (const char* name : detailControls)
-    QVERIFY2(s.dbg()->findChildren<QWidget*>(QString::fromLatin1(name)).size() == 1, name);
-  QCOMPARE(s.dbg()->objectName(), QStringLiteral("DBG"));
-
-  // Captions the windows carry before anything ran.
-  QCOMPARE(Shown(Get<QGroupBox>(s.w(), "Slnk")->title()), QStringLiteral("Nirvis Slink-e  File Options"));
-  QCOMPARE(Shown(Get<QGroupBox>(s.w(), "ADI")->title()), QStringLiteral("ADI Leopard & Ocelot"));
-  QCOMPARE(Shown(Get<QGroupBox>(s.w(), "Frame3")->title()), QStringLiteral("ADI File Data"));
-  QCOMPARE(Shown(Get<QCheckBox>(s.w(), "Check1")->text()), QStringLiteral("Show Details"));
-  QCOMPARE(Shown(Get<QPushButton>(s.w(), "cmdSlinkXqt")->text()), QStringLiteral("Process"));
-  QCOMPARE(Shown(Get<QPushButton>(s.w(), "cmdADIxqt")->text()), QStringLiteral("Start Processing"));
-  QCOMPARE(Shown(Get<QPushButton>(s.w(), "cmdADInxtKey")->text()), QStringLiteral("Next Key"));
-  QCOMPARE(Shown(Get<QCheckBox>(s.dbg(), "HexOPT")->text()), QStringLiteral("HEX Display"));
-  QCOMPARE(Shown(Get<QRadioButton>(s.dbg(), "Option1_1")->text()), QStringLiteral("x1/2"));
-  QCOMPARE(Shown(Get<QPushButton>(s.dbg(), "Command1")->text()), QStringLiteral("Adjust Suffix Display"));
-  QCOMPARE(Get<QLabel>(s.dbg(), "lblCarrier")->text(), QStringLiteral("40,000 HZ"));
-  QCOMPARE(s.dbg()->windowTitle(), QStringLiteral("IR Database Entry Details"));
-  // The dialog's captions of the shown values.
-  QStringList captions;
-  for (QLabel* label : s.dbg()->findChildren<QLabel*>()) captions << label->text();
-  for (const char* caption : {"Key Label", "Once Count", "Repeat Count", "Type", "Model", "Manufacturer",
-                              "IR Protocol", "Burst Pair Count"})
-    QVERIFY2(captions.contains(QString::fromLatin1(caption)), caption);
-  QStringList groups;
-  for (QGroupBox* box : s.dbg()->findChildren<QGroupBox*>()) groups << box->title();
-  QVERIFY(groups.contains(QStringLiteral("Waveform")));
-}
-
-void DesktopProgramTest::outputChoiceShowsOnePanelInOnePlace() {
-  Session s;
-  QVERIFY(s.started);
-  auto dbi = Get<QGroupBox>(s.w(), "DBI"), slnk = Get<QGroupBox>(s.w(), "Slnk"), adi = Get<QGroupBox>(s.w(), "ADI");
-  struct Case {
-    const char* entry;
-    QGroupBox* shown;
-  };
-  for (Case c : {Case{"Nirvis TX Only", slnk}, Case{"ADI Leopard", adi}, Case{"Nirvis Tx/Rx", slnk},
-                 Case{"Philips Pronto", dbi}}) {
-    s.ChooseOutput(c.entry);
-    for (QGroupBox* frame : {dbi, slnk, adi}) QCOMPARE(frame->isVisible(), frame == c.shown);
-    // The panels share one place: the shown one sits where the others would.
-    for (QGroupBox* frame : {dbi, slnk, adi}) QCOMPARE(frame->mapTo(s.w(), QPoint()), c.shown->mapTo(s.w(), QPoint()));
-  }
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::clickingADeviceShowsItsHeader() {
-  Session s;
-  QVERIFY(s.started);
-  int loaded = 0;
-  for (const fs::path& path : FilesWithExtension(kLibrary, ".dvc")) {
-    DeviceFile device = ReadDeviceFile(path);
-    std::string protocol = device.Header("PROTOCOL").empty() ? device.Header("FORMAT") : device.Header("PROTOCOL");
-    s.ChooseDevice(ListName(path));
-    QCOMPARE(Get<QLabel>(s.w(), "Label5")->text(), QStringLiteral("Device Selected"));
-    QCOMPARE(s.Text("MFG"), Q(Upper(device.Header("MANUFACTURER"))));
-    QCOMPARE(s.Text("Device"), Q(Upper(device.Header("DEVICE"))));
-    QCOMPARE(s.Text("Model"), Q(Upper(device.Header("MODEL"))));
-    QCOMPARE(Get<QComboBox>(s.w(), "format")->currentText(), Q(Upper(protocol)));
-    ++loaded;
-  }
-  QVERIFY(loaded > 3);
-
-  // The Slink-e fields come from the protocol of the device just loaded.
-  s.ChooseDevice("SAMSUNG TV");
-  ProtocolFile samsung = ProtocolNamed(kLibrary, "SAMSUNG");
-  int timeBase = Number(samsung, "TIMEBASE");
-  QCOMPARE(s.Text("txtcarrier"), QString::number(Number(samsung, "FREQUENCY")) + QStringLiteral(".00"));
-  std::vector<int> one = Microseconds(samsung.statements.at("ONE"), timeBase);
-  QCOMPARE(s.Text("TxtOne"), QStringLiteral("%1 %2").arg(one[0]).arg(one[1]));
-  QCOMPARE(s.Text("txtdescr"), s.Text("MFG") + QLatin1Char('-') + s.Text("Model"));
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::slinkTxOnlyWritesEveryKeyAsItsDurations() {
-  Session s;
-  QVERIFY(s.started);
-  const DeviceFile device = DeviceNamed(kLibrary, "SAMSUNG TV");
-  const ProtocolFile protocol = ProtocolNamed(kLibrary, device.Header("PROTOCOL"));
-  s.ChooseOutput("Nirvis TX Only");
-  s.ChooseDevice("SAMSUNG TV");
-  s.Press("cmdSlinkXqt");
-
-  const std::string descr = Upper(device.Header("MANUFACTURER")) + "-" + Upper(device.Header("MODEL"));
-  const fs::path cde = s.home() / "Slinke Library" / (descr + ".cde");
-  QVERIFY2(fs::exists(cde), cde.c_str());
-  QCOMPARE(s.Text("SlinkEntryCount"), QString::number(device.keys.size()));
-  QCOMPARE(s.Text("slinkkeyname"), Q(device.keys.back().label));
-
-  std::string text = ReadWholeFile(cde);
-  QVERIFY(text.size() > 2 && text.substr(text.size() - 2) == "\r\n");
-  std::vector<std::string> lines;
-  for (std::size_t at = 0; at < text.size();) {
-    std::size_t end = text.find('\n', at);
-    QVERIFY2(end != std::string::npos && end > at && text[end - 1] == '\r', "every line ends in CR LF");
-    lines.push_back(text.substr(at, end - 1 - at));
-    at = end + 1;
-  }
-  QVERIFY(lines.size() >= 5);
-  QCOMPARE(Q(lines[0]), Q("Desc=" + descr));
-  QCOMPARE(Q(lines[1]), QStringLiteral("type=irtxonly"));
-  QCOMPARE(Q(lines[2]), QStringLiteral("sleep=0"));
-  QCOMPARE(Q(lines[3]), QStringLiteral("carrier=%1.00").arg(Number(protocol, "FREQUENCY")));
-
-  // Every key follows after an empty line: its durations, then ":" and its label.
-  // The Samsung frame (see its protocol file) is a lead-in, the device code
-  // twice, the function code and its complement, a stop burst and the gap up to
-  // the frame period; the repeat frame is the lead-in, the device code's lowest
-  // bit and the stop burst, padded the same way.
-  const int timeBase = Number(protocol, "TIMEBASE");
-  const std::vector<int> one = Microseconds(protocol.statements.at("ONE"), timeBase);
-  const std::vector<int> zero = Microseconds(protocol.statements.at("ZERO"), timeBase);
-  const std::vector<int> lead = Microseconds(protocol.defines.at("LEAD"), timeBase);
-  const std::vector<int> stop = Microseconds(protocol.defines.at("STOP"), timeBase);
-  const int period = std::stoi(protocol.defines.at("FRAME").substr(1));
-  const long deviceCode = std::stol(device.Header("DEVICECODE"));
-  // The file's text ends in CR LF and is printed with one more, so an empty line closes it.
-  QCOMPARE(lines.size(), 5 + 2 * device.keys.size());
-  QVERIFY(lines.back().empty());
-  for (std::size_t k = 0; k < device.keys.size(); ++k) {
-    QVERIFY(lines[4 + 2 * k].empty());
-    const std::string& entry = lines[5 + 2 * k];
-    std::size_t colon = entry.rfind(" :");
-    QVERIFY2(colon != std::string::npos, entry.c_str());
-    QCOMPARE(Q(entry.substr(colon + 2)), Q(device.keys[k].label));
-    std::vector<int> d;
-    std::istringstream numbers(entry.substr(0, colon));
-    for (int value; numbers >> value;) d.push_back(value);
-
-    const long function = std::stol(device.keys[k].codes);
-    std::size_t at = 0;
-    QVERIFY(std::equal(lead.begin(), lead.end(), d.begin()));
-    at += lead.size();
-    QCOMPARE(ReadBits(d, at, 8, one, zero), deviceCode);
-    QCOMPARE(ReadBits(d, at, 8, one, zero), deviceCode);
-    QCOMPARE(ReadBits(d, at, 8, one, zero), function);
-    QCOMPARE(ReadBits(d, at, 8, one, zero), 255 - function);
-    QCOMPARE(d[at], stop[0]);
-    QVERIFY(d[at + 1] < 0);
-    at += 2;
-    QCOMPARE(Sum(d, 0, at), period);
-    const std::size_t repeatStart = at;
-    QVERIFY(std::equal(lead.begin(), lead.end(), d.begin() + long(at)));
-    at += lead.size();
-    QCOMPARE(ReadBits(d, at, 1, one, zero), deviceCode & 1);
-    QCOMPARE(d[at], stop[0]);
-    at += 2;
-    QCOMPARE(at, d.size());
-    QCOMPARE(Sum(d, repeatStart, at), period);
-  }
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::showDetailsStopsAtEveryKeyUntilFinish() {
-  Session s;
-  QVERIFY(s.started);
-  const DeviceFile device = DeviceNamed(kLibrary, "SAMSUNG TV");
-  s.ChooseOutput("Nirvis TX Only");
-  s.ChooseDevice("SAMSUNG TV");
-  Click(Get<QCheckBox>(s.w(), "Check1"));
-  QVERIFY(Get<QCheckBox>(s.w(), "Check1")->isChecked());
-
-  QWidget* dbg = s.dbg();
-  auto next = Get<QPushButton>(dbg, "Next");
-  auto keyLabel = Get<QLabel>(dbg, "lblKeyLabel");
-  auto shownKey = [=](const std::string& label) {
-    return [=] { return dbg->isVisible() && next->isEnabled() && keyLabel->text() == Q(label); };
-  };
-
-  struct Seen {
-    QString title, entryCount, keyName, onceCount, repeatCount, text;
-    int bursts = 0, cursor = -1;
-    bool skipVisible = true;
-    QImage x1, half, shifted;
-  } first, second;
-  auto look = [&](Seen& seen) {
-    seen.title = dbg->windowTitle();
-    seen.entryCount = Get<QLineEdit>(s.w(), "SlinkEntryCount")->text();
-    seen.keyName = Get<QLineEdit>(s.w(), "slinkkeyname")->text();
-    seen.onceCount = Get<QLabel>(dbg, "lblOnceCount")->text();
-    seen.repeatCount = Get<QLabel>(dbg, "lblRepeatCount")->text();
-    seen.text = Get<QPlainTextEdit>(dbg, "Text1")->toPlainText();
-    seen.bursts = Get<QListWidget>(dbg, "BurstList")->count();
-    seen.cursor = OverrideCursorShape();
-    seen.skipVisible = Get<QPushButton>(dbg, "Skip")->isVisible();
-  };
-  QWidget* waveform = Get<QWidget>(dbg, "Shape1");
-  When(shownKey(device.keys[0].label), [&] {
-    look(first);
-    first.x1 = waveform->grab().toImage();
-    Click(Get<QRadioButton>(dbg, "Option1_1"));
-    first.half = waveform->grab().toImage();
-    Click(Get<QPushButton>(dbg, "Command1"));
-    first.shifted = waveform->grab().toImage();
-    Click(next);
-    When(shownKey(device.keys[1].label), [&] {
-      look(second);
-      Click(Get<QPushButton>(dbg, "Finish"));
-    });
-  });
-  s.Press("cmdSlinkXqt");
-  QVERIFY(!s.watchdogFired);
-
-  // Each key waited in the dialog, with the window's counters already showing it.
-  QCOMPARE(first.title, QStringLiteral("IR Database Entry Details"));
-  QCOMPARE(first.entryCount, QStringLiteral("1"));
-  QCOMPARE(first.keyName, Q(device.keys[0].label));
-  QCOMPARE(second.entryCount, QStringLiteral("2"));
-  QCOMPARE(second.keyName, Q(device.keys[1].label));
-  QCOMPARE(first.cursor, int(Qt::BusyCursor));
-  QVERIFY(!first.skipVisible);
-  // The burst list and the code text hold the entry's durations, once and repeat part together.
-  QCOMPARE(first.bursts, first.onceCount.toInt() + first.repeatCount.toInt());
-  QCOMPARE(first.text.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts).size(), first.bursts);
-
-  // Finish: no further entry is shown, the box is cleared, every key is still written.
-  QVERIFY(!dbg->isVisible());
-  QVERIFY(!Get<QCheckBox>(s.w(), "Check1")->isChecked());
-  QCOMPARE(s.Text("SlinkEntryCount"), QString::number(device.keys.size()));
-  QCOMPARE(OverrideCursorShape(), -1);
-  QVERIFY(fs::exists(s.home() / "Slinke Library" /
-                     (Upper(device.Header("MANUFACTURER")) + "-" + Upper(device.Header("MODEL")) + ".cde")));
-
-  // The waveform. A Slink-e run sends both forms as one, so the whole entry
-  // is the part sent once: at x1 it fills the view, at x1/2 the left half, and
-  // "Adjust Suffix Display" moves it left by a twentieth of the view.
-  const int width = first.x1.width();
-  auto [left1, right1] = TraceExtent(first.x1, kOnceTrace);
-  auto [leftHalf, rightHalf] = TraceExtent(first.half, kOnceTrace);
-  auto [leftShifted, rightShifted] = TraceExtent(first.shifted, kOnceTrace);
-  QVERIFY2(left1 < width / 20 && right1 > width * 95 / 100, "x1 spans the view");
-  QVERIFY2(leftHalf < width / 20 && rightHalf > width * 45 / 100 && rightHalf < width * 55 / 100, "x1/2 half the view");
-  const int moved = rightHalf - rightShifted;
-  QVERIFY2(moved > width * 3 / 100 && moved < width * 7 / 100, qPrintable(QString::number(moved)));
-  QCOMPARE(TraceExtent(first.x1, kRepeatTrace).second, -1);
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::prontoRunIntoANewDatabaseReadsBackThroughMdbtools() {
-  Session s;
-  QVERIFY(s.started);
-  const DeviceFile device = DeviceNamed(kLibrary, "SAMSUNG TV");
-  const fs::path folder = s.home() / "Generated IRDBs";
-  fs::create_directories(folder);
-  const fs::path file = folder / "Lounge.mdb";
-
-  FileDialogSeen dialog;
-  AnswerFileDialog(file.string(), &dialog);
-  s.Press("NewDB");
-  QVERIFY(dialog.shown);
-  QCOMPARE(dialog.filter, QStringLiteral("MDB Files (*.mdb)"));
-  QCOMPARE(dialog.folder, Q(folder.string()));
-  QVERIFY(fs::exists(file));
-  QCOMPARE(s.Text("dbname"), Q(file.string()));
-  QCOMPARE(Shown(Get<QPushButton>(s.w(), "LoadDB")->text()), QStringLiteral("Close"));
-  for (const char* del : {"DBmfgDEL", "DBtypDEL", "DBdvcDel"}) QVERIFY(Get<QPushButton>(s.w(), del)->isEnabled());
-
-  s.ChooseDevice("SAMSUNG TV");
-  Click(Get<QCheckBox>(s.w(), "Check1"));
-  QWidget* dbg = s.dbg();
-  auto next = Get<QPushButton>(dbg, "Next");
-  QString status, decimal, hex, onceCount, repeatCount;
-  bool hexChecked = false;
-  int cursor = -1;
-  QImage waveform;
-  When([=] { return dbg->isVisible() && next->isEnabled(); }, [&] {
-    status = StatusLine(s.w());
-    cursor = OverrideCursorShape();
-    onceCount = Get<QLabel>(dbg, "lblOnceCount")->text();
-    repeatCount = Get<QLabel>(dbg, "lblRepeatCount")->text();
-    decimal = Get<QPlainTextEdit>(dbg, "Text1")->toPlainText();
-    Click(Get<QCheckBox>(dbg, "HexOPT"));
-    hexChecked = Get<QCheckBox>(dbg, "HexOPT")->isChecked();
-    hex = Get<QPlainTextEdit>(dbg, "Text1")->toPlainText();
-    Click(Get<QRadioButton>(dbg, "Option1_1"));
-    waveform = Get<QWidget>(dbg, "Shape1")->grab().toImage();
-    Click(Get<QPushButton>(dbg, "Finish"));
-  });
-  s.Press("xqtcmd");
-  QVERIFY(!s.watchdogFired);
-
-  // While the first entry waited, the status line named it with its function and device code.
-  QCOMPARE(status, QStringLiteral("Function=%1 (%2,%3)")
-                       .arg(Q(device.keys[0].label), Q(device.keys[0].codes), Q(device.Header("DEVICECODE"))));
-  QCOMPARE(cursor, int(Qt::BusyCursor));
-  // The same code text in decimal and in hexadecimal words: the carrier word,
-  // the two pair counts, then two words per burst pair.
-  QVERIFY(hexChecked);
-  const QRegularExpression blanks(QStringLiteral("\\s+"));
-  QStringList decimalWords = decimal.split(blanks, Qt::SkipEmptyParts);
-  QStringList hexWords = hex.split(blanks, Qt::SkipEmptyParts);
-  QCOMPARE(decimalWords.size(), 4 + 2 * (onceCount.toInt() + repeatCount.toInt()));
-  QCOMPARE(hexWords.size(), decimalWords.size());
-  QCOMPARE(decimalWords[2].toInt(), onceCount.toInt());
-  QCOMPARE(decimalWords[3].toInt(), repeatCount.toInt());
-  for (qsizetype i = 0; i < decimalWords.size(); ++i)
-    QCOMPARE(hexWords[i], QStringLiteral("%1").arg(decimalWords[i].toInt(), 4, 16, QLatin1Char('0')).toUpper());
-  QVERIFY(decimal != hex);
-  // A Pronto entry keeps its repeated part: at x1/2 it follows the once part in the right half.
-  const int width = waveform.width();
-  const int onceEnd = TraceExtent(waveform, kOnceTrace).second;
-  const int repeatStart = TraceExtent(waveform, kRepeatTrace).first;
-  QVERIFY2(onceEnd > width * 45 / 100 && onceEnd < width * 55 / 100, qPrintable(QString::number(onceEnd)));
-  QVERIFY2(repeatStart > width * 45 / 100 && repeatStart < width * 55 / 100, qPrintable(QString::number(repeatStart)));
-
-  const QString model = Q(Upper(device.Header("MODEL")));
-  QVERIFY(Items(Get<QComboBox>(s.w(), "DvcModelList")).contains(model));
-  QVERIFY(Get<QPushButton>(s.w(), "xqtcmd")->isEnabled());
-  QCOMPARE(OverrideCursorShape(), -1);
-  QVERIFY(!NobodyHoldsOpen(file));
-
-  s.Press("LoadDB");
-  QCOMPARE(Shown(Get<QPushButton>(s.w(), "LoadDB")->text()), QStringLiteral("Open"));
-  QCOMPARE(s.Text("dbname"), QString());
-  QCOMPARE(Get<QComboBox>(s.w(), "DvcModelList")->count(), 0);
-  QVERIFY(NobodyHoldsOpen(file));
-
-  // Opening it again starts in the same folder and lists what the run stored.
-  FileDialogSeen reopen;
-  AnswerFileDialog(file.string(), &reopen);
-  s.Press("LoadDB");
-  QCOMPARE(reopen.filter, QStringLiteral("MDB Files (*.mdb)"));
-  QCOMPARE(reopen.folder, Q(folder.string()));
-  QCOMPARE(Items(Get<QComboBox>(s.w(), "DvcModelList")), QStringList{model});
-  QCOMPARE(Items(Get<QComboBox>(s.w(), "DvcMfglist")), QStringList{Q(Upper(device.Header("MANUFACTURER")))});
-  s.Press("LoadDB");
-  QVERIFY(NobodyHoldsOpen(file));
-
-  // What mdbtools reads back: one device under the file's model, one row per key.
-  auto devices = ExportTable(file, "Devices");
-  QCOMPARE(devices.size(), std::size_t(1));
-  QCOMPARE(devices[0]["Model"], model);
-  auto makers = ExportTable(file, "Manufacturers");
-  QCOMPARE(makers.size(), std::size_t(1));
-  QCOMPARE(makers[0]["name"], Q(Upper(device.Header("MANUFACTURER"))));
-  auto types = ExportTable(file, "Device Types");
-  QCOMPARE(types.size(), std::size_t(1));
-  QCOMPARE(types[0]["name"], Q(Upper(device.Header("DEVICE"))));
-  auto codes = ExportTable(file, "IR Codes");
-  QCOMPARE(codes.size(), device.keys.size());
-  for (std::size_t k = 0; k < codes.size(); ++k) {
-    QCOMPARE(codes[k]["Label"], Q(device.keys[k].label));
-    QCOMPARE(codes[k]["DeviceID"], devices[0]["DeviceID"]);
-    QCOMPARE(codes[k]["FunctionID"], QString::number(k + 1));
-  }
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::adiRunWaitsForTheChoiceAtEveryKey() {
-  Session s;
-  QVERIFY(s.started);
-  const DeviceFile device = DeviceNamed(kLibrary, "DENON AV RECEIVER");
-  const ProtocolFile protocol = ProtocolNamed(kLibrary, device.Header("PROTOCOL"));
-  QVERIFY(device.keys.size() > 4);
-  s.ChooseOutput("ADI Leopard");
-  QVERIFY(!Get<QPushButton>(s.w(), "cmdADIxqt")->isEnabled());
-  s.ChooseDevice("DENON AV RECEIVER");
-  s.Press("cmdAdiNew");
-  QCOMPARE(s.Text("ADIFileName"), QStringLiteral("NEW"));
-
-  // First key: Add. Second: Next Key (skipped). Third: Add. Fourth: All Keys,
-  // which adds it and every later key without waiting.
-  auto newKey = Get<QLineEdit>(s.w(), "AdiNewKey");
-  auto add = Get<QPushButton>(s.w(), "CmdADIadd");
-  auto skip = Get<QPushButton>(s.w(), "cmdADInxtKey");
-  auto all = Get<QPushButton>(s.w(), "cmdadiall");
-  auto size = Get<QLabel>(s.w(), "adiFsize");
-  auto waitingAt = [=](std::size_t k) {
-    return [=] { return add->isEnabled() && newKey->text() == Q(device.keys[k].label); };
-  };
-  int cursor = -1;
-  QString sizeAtSecond, sizeAtThird, sizeAtFourth;
-  When(waitingAt(0), [&] {
-    cursor = OverrideCursorShape();
-    Click(add);
-    When(waitingAt(1), [&] {
-      sizeAtSecond = size->text();
-      Click(skip);
-      When(waitingAt(2), [&] {
-        sizeAtThird = size->text();
-        Click(add);
-        When(waitingAt(3), [&] {
-          sizeAtFourth = size->text();
-          Click(all);
-        });
-      });
-    });
-  });
-  s.Press("cmdADIxqt");
-  QVERIFY(!s.watchdogFired);
-  QCOMPARE(cursor, int(Qt::BusyCursor));
-  QCOMPARE(sizeAtSecond, QStringLiteral("1"));
-  QCOMPARE(sizeAtThird, QStringLiteral("1"));
-  QCOMPARE(sizeAtFourth, QStringLiteral("2"));
-  const std::size_t records = device.keys.size() - 1;
-  QCOMPARE(size->text(), QString::number(records));
-  QCOMPARE(OverrideCursorShape(), -1);
-
-  FileDialogSeen dialog;
-  const fs::path file = s.home() / "ADI Library" / "denon.lir";
-  AnswerFileDialog(file.string(), &dialog);
-  s.Press("cmdADIsave");
-  QVERIFY(dialog.shown);
-  QCOMPARE(dialog.filter, QStringLiteral("LIR Files (*.lir)"));
-  QCOMPARE(dialog.folder, Q((s.home() / "ADI Library").string()));
-  QCOMPARE(s.Text("ADIFileName"), Q(file.string()));
-  QVERIFY(fs::exists(file));
-  QCOMPARE(fs::file_size(file), records * 256);
-
-  // Read back by our own reader: every key but the skipped one, in order, named
-  // after the device, with the carrier code of the protocol's frequency.
-  QString listing = RunReader(QStringLiteral(BW_BIN_DIR "/burstwright-cli"), {QStringLiteral("lir"), Q(file.string())});
-  QStringList lines = listing.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-  QCOMPARE(std::size_t(lines.size()), records);
-  auto squeeze = [](std::string text) {
-    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
-    return Q(Upper(text));
-  };
-  const QString devicePart = squeeze(device.Header("MANUFACTURER")) + QLatin1Char('/') + squeeze(device.Header("MODEL"));
-  const int carrier = int(std::lround(4608000.0 / Number(protocol, "FREQUENCY") - 1)) % 256;
-  std::size_t k = 0;
-  for (const QString& line : lines) {
-    if (k == 1) ++k;
-    QStringList fields = line.split(QLatin1Char('\t'));
-    QVERIFY2(fields.size() >= 4, qPrintable(line));
-    QCOMPARE(fields[1], devicePart);
-    QCOMPARE(fields[2], squeeze(device.keys[k].label));
-    QCOMPARE(fields[3].toInt(), carrier);
-    ++k;
-  }
-  QVERIFY(s.guard.unanswered().isEmpty());
-
-  // A second program opens the file from the user's home folder and shows its first record.
-  Session other;
-  QVERIFY(other.started);
-  other.ChooseOutput("ADI Leopard");
-  FileDialogSeen open;
-  AnswerFileDialog(file.string(), &open);
-  other.Press("cmdADIOpen");
-  QCOMPARE(open.filter, QStringLiteral("LIR Files (*.lir)"));
-  QCOMPARE(open.folder, QDir::homePath());
-  QCOMPARE(Get<QLabel>(other.w(), "adiFsize")->text(), QString::number(records));
-  QCOMPARE(other.Text("ADIRecnmb"), QStringLiteral("1"));
-  QCOMPARE(other.Text("ADIFileDevice"), devicePart);
-  QCOMPARE(other.Text("AdiFileKey"), squeeze(device.keys[0].label));
-  Click(Get<QPushButton>(other.w(), "cmdADINext"));
-  QCOMPARE(other.Text("AdiFileKey"), squeeze(device.keys[2].label));
-  QVERIFY(other.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::everyMessageBoxIsTitledBurstwright() {
-  Session s;
-  QVERIFY(s.started);
-  QList<MessageSeen> seen;
-  auto expect = [&](int button, const std::function<void()>& action) {
-    MessageSeen message;
-    AnswerMessageBox(button, &message);
-    action();
-    seen << message;
-    return message;
-  };
-
-  // Refusals of the three run commands.
-  MessageSeen m = expect(QMessageBox::Ok, [&] { s.Press("xqtcmd"); });
-  QCOMPARE(m.text, QStringLiteral("No Data base has been selected, Please open a data Base"));
-  s.ChooseOutput("Nirvis TX Only");
-  m = expect(QMessageBox::Ok, [&] { s.Press("cmdSlinkXqt"); });
-  QCOMPARE(m.text, QStringLiteral("No Device File has been selected,\nand not set to Auto Generate"));
-  Click(Get<QCheckBox>(s.w(), "Autogen"));
-  QVERIFY(!Get<QListWidget>(s.w(), "Lex")->isVisible());
-  QVERIFY(Get<QGroupBox>(s.w(), "Frame2")->isVisible());
-  m = expect(QMessageBox::Ok, [&] { s.Press("cmdSlinkXqt"); });
-  QCOMPARE(m.text, QStringLiteral("Auto Generate Selected and No Format has been selected"));
-  Click(Get<QCheckBox>(s.w(), "Autogen"));
-  s.ChooseOutput("ADI Leopard");
-  s.Press("cmdAdiNew");
-  m = expect(QMessageBox::Ok, [&] { s.Press("cmdADIxqt"); });
-  QCOMPARE(m.text, QStringLiteral("No Device File has been selected,\nand not set to Auto Generate"));
-
-  // The database commands: empty selections, then a question answered No.
-  s.ChooseOutput("Philips Pronto");
-  fs::create_directories(s.home() / "Generated IRDBs");
-  const fs::path file = s.home() / "Generated IRDBs" / "messages.mdb";
-  AnswerFileDialog(file.string());
-  s.Press("NewDB");
-  m = expect(QMessageBox::Ok, [&] { s.Press("DBmfgDEL"); });
-  QCOMPARE(m.text, QStringLiteral("No Manufacturer selected, Request Cancelled"));
-  m = expect(QMessageBox::Ok, [&] { s.Press("DBtypDEL"); });
-  QCOMPARE(m.text, QStringLiteral("No Manufacturer selected, Request Cancelled"));
-  m = expect(QMessageBox::Ok, [&] { s.Press("DBdvcDel"); });
-  QCOMPARE(m.text, QStringLiteral("No Device selected, Request Cancelled"));
-  s.ChooseDevice("DENON AV RECEIVER");
-  s.Press("xqtcmd");
-  auto makers = Get<QComboBox>(s.w(), "DvcMfglist");
-  QVERIFY(makers->count() == 1);
-  makers->setCurrentIndex(0);
-  QVERIFY(Get<QComboBox>(s.w(), "DvcMfglist")->currentText() == QStringLiteral("DENON"));
-  m = expect(QMessageBox::No, [&] { s.Press("DBmfgDEL"); });
-  QCOMPARE(m.text, QStringLiteral("This will delete all devices of this Manufacturer, Proceed?"));
-  QCOMPARE(Get<QComboBox>(s.w(), "DvcModelList")->count(), 1);
-
-  // Saving an ADI table over an existing file asks first; No keeps the file.
-  s.ChooseOutput("ADI Leopard");
-  s.Press("cmdAdiNew");
-  const fs::path lir = s.home() / "ADI Library" / "kept.lir";
-  fs::create_directories(lir.parent_path());
-  { std::ofstream(lir) << "not a table"; }
-  AnswerFileDialog(lir.string());
-  m = expect(QMessageBox::No, [&] { s.Press("cmdADIsave"); });
-  QCOMPARE(m.text, Q(lir.string()) + QStringLiteral(" Already exists\nDo you wish to write Over it?"));
-  QCOMPARE(Q(ReadWholeFile(lir)), QStringLiteral("not a table"));
-
-  QCOMPARE(seen.size(), 9);
-  for (const MessageSeen& message : seen) {
-    QVERIFY2(message.shown, "a command showed no message");
-    QCOMPARE(message.title, QStringLiteral("Burstwright"));
-  }
-  QVERIFY(s.guard.unanswered().isEmpty());
-}
-
-void DesktopProgramTest::missingLibraryEndsStartUpWithItsMessage() {
-  const fs::path empty = fs::temp_directory_path() / ("bwgui-nolibrary-" + std::to_string(::getpid()));
-  fs::create_directories(empty);
-  MessageSeen message;
-  AnswerMessageBox(QMessageBox::Ok, &message);
-  bool started = true;
-  {
-    bw::gui::DesktopProgram program;
-    started = program.Start(empty, "");
-    QVERIFY(!program.window().isVisible());
-  }
-  fs::remove_all(empty);
-  QVERIFY(!started);
-  QVERIFY(message.shown);
-  QCOMPARE(message.title, QStringLiteral("Burstwright"));
-  QCOMPARE(message.text, QStringLiteral("Can not locate Device Library"));
-}
-
-void DesktopProgramTest::quitClosesTheDatabaseAndEndsTheEventLoop_data() {
-  QTest::addColumn<QString>("output");
-  QTest::addColumn<QString>("button");
-  QTest::newRow("Quit") << "Philips Pronto" << "quit";
-  QTest::newRow("Slink-e Done") << "Nirvis TX Only" << "CmdSlinkDone";
-  QTest::newRow("ADI Done") << "ADI Leopard" << "cmdADIdone";
-}
-
-void DesktopProgramTest::quitClosesTheDatabaseAndEndsTheEventLoop() {
-  QFETCH(QString, output);
-  QFETCH(QString, button);
-  Session s;
-  QVERIFY(s.started);
-  fs::create_directories(s.home() / "Generated IRDBs");
-  const fs::path file = s.home() / "Generated IRDBs" / "quit.mdb";
-  AnswerFileDialog(file.string());
-  s.Press("NewDB");
-  s.ChooseDevice("DENON AV RECEIVER");
-  s.Press("xqtcmd");
-  QVERIFY(!NobodyHoldsOpen(file));
-
-  s.ChooseOutput(qPrintable(output));
-
-  // As in main(): the program ends when quitting leaves the application's loop.
-  const QByteArray name = button.toLatin1();
-  QTimer::singleShot(0, [&] { s.Press(name.constData()); });
-  QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
-  QCOMPARE(QCoreApplication::exec(), 0);
-  QVERIFY(s.program.host().quitting());
-  QVERIFY(!s.w()->isVisible());
-  QVERIFY(NobodyHoldsOpen(file));
-  QCOMPARE(ExportTable(file, "IR Codes").size(), DeviceNamed(kLibrary, "DENON AV RECEIVER").keys.size());
-}
-
-void DesktopProgramTest::closingTheWindowEndsTheEventLoopToo() {
-  Session s;
-  QVERIFY(s.started);
-  fs::create_directories(s.home() / "Generated IRDBs");
-  const fs::path file = s.home() / "Generated IRDBs" / "close.mdb";
-  AnswerFileDialog(file.string());
-  s.Press("NewDB");
-  QVERIFY(!NobodyHoldsOpen(file));
-  QTimer::singleShot(0, [&] { s.w()->close(); });
-  QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
-  QCOMPARE(QCoreApplication::exec(), 0);
-  QVERIFY(!s.w()->isVisible());
-  QVERIFY(NobodyHoldsOpen(file));
-}
-
-QTEST_MAIN(DesktopProgramTest)
+QTEST_MAIN(GuiTest)
 #include "gui_test.moc"

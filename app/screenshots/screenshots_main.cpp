@@ -24,7 +24,7 @@
 #include "gui_driver.h"
 
 namespace fs = std::filesystem;
-using namespace bw::guitest;
+using namespace bw::guidriver;
 
 namespace {
 
@@ -45,22 +45,26 @@ QPushButton* Button(QWidget* root, const char* name) { return Find<QPushButton>(
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
-  QString home;
+  QString home, library;
   for (int i = 1; i + 1 < argc; ++i) {
-    if (QString::fromLatin1(argv[i]) == QStringLiteral("--home")) home = QString::fromLocal8Bit(argv[i + 1]);
-    if (QString::fromLatin1(argv[i]) == QStringLiteral("--out")) outFolder = QString::fromLocal8Bit(argv[i + 1]);
+    const QString option = QString::fromLatin1(argv[i]), value = QString::fromLocal8Bit(argv[i + 1]);
+    if (option == QStringLiteral("--home")) home = value;
+    if (option == QStringLiteral("--library")) library = value;
+    if (option == QStringLiteral("--out")) outFolder = value;
   }
-  if (home.isEmpty() || outFolder.isEmpty()) {
-    std::fprintf(stderr, "usage: gui_screenshots --home EMPTY_FOLDER --out FOLDER\n");
+  if (home.isEmpty() || library.isEmpty() || outFolder.isEmpty()) {
+    std::fprintf(stderr, "usage: gui_screenshots --home EMPTY_FOLDER --library DEVICE_LIBRARY --out FOLDER\n");
     return 2;
   }
   QDir().mkpath(outFolder);
+  // A program folder as an installer has it: the template database made beside
+  // this program, the output folder for databases and a link to the library.
   const fs::path folder = home.toStdString();
   fs::create_directories(folder / "Generated IRDBs");
-  fs::copy_file(fs::path(BW_BIN_DIR) / "Empty_RCIR.mdb", folder / "Empty_RCIR.mdb",
-                fs::copy_options::overwrite_existing);
+  fs::copy_file(fs::path(QCoreApplication::applicationDirPath().toStdString()) / "Empty_RCIR.mdb",
+                folder / "Empty_RCIR.mdb", fs::copy_options::overwrite_existing);
   if (!fs::exists(folder / "Device Library"))
-    fs::create_directory_symlink(fs::path(BW_SOURCE_DIR) / "Device Library", folder / "Device Library");
+    fs::create_directory_symlink(fs::absolute(library.toStdString()), folder / "Device Library");
 
   // A message nobody scripted is closed and fails the run instead of hanging it.
   MessageGuard guard;

@@ -1,8 +1,5 @@
 #include "gui_driver.h"
 
-#include <atomic>
-#include <unistd.h>
-
 #include <QCheckBox>
 #include <QDeadlineTimer>
 #include <QRadioButton>
@@ -17,10 +14,10 @@
 #include <QTest>
 #include <QTimer>
 
-namespace bw::guitest {
+namespace bw::guidriver {
 
 namespace {
-constexpr const char* kWhenTimerName = "bwguitest-when";
+constexpr const char* kWhenTimerName = "bwguidriver-when";
 }
 
 void Click(QAbstractButton* button) {
@@ -160,20 +157,4 @@ void AnswerMessageBox(int standardButton, MessageSeen* seen) {
        });
 }
 
-ProgramFolder::ProgramFolder() {
-  static std::atomic<int> counter{0};
-  path_ = std::filesystem::temp_directory_path() /
-          ("bwgui-" + std::to_string(::getpid()) + "-" + std::to_string(counter++));
-  std::filesystem::remove_all(path_);
-  std::filesystem::create_directories(path_);
-  std::filesystem::copy_file(std::filesystem::path(BW_BIN_DIR) / "Empty_RCIR.mdb", path_ / "Empty_RCIR.mdb");
-  std::filesystem::create_directory_symlink(std::filesystem::path(BW_SOURCE_DIR) / "Device Library",
-                                            path_ / "Device Library");
-}
-
-ProgramFolder::~ProgramFolder() {
-  std::error_code ec;
-  std::filesystem::remove_all(path_, ec);
-}
-
-}  // namespace bw::guitest
+}  // namespace bw::guidriver

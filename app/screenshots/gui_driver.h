@@ -1,10 +1,9 @@
 // Driving the real widgets of the desktop program the way a person does:
 // clicking buttons and list rows, typing, answering message boxes and file
 // dialogs that the core opens while a command runs, and waiting until the
-// window shows something. Shared by the Qt test suite and the screenshot tool.
+// window shows something. Used by the screenshot tool and the Qt test suite.
 #pragma once
 
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -18,7 +17,7 @@
 #include <QTimer>
 #include <QWidget>
 
-namespace bw::guitest {
+namespace bw::guidriver {
 
 /// The child of `root` named `name` (nullptr when there is none).
 template <class T>
@@ -78,18 +77,4 @@ class MessageGuard {
   std::shared_ptr<QStringList> unanswered_;
 };
 
-/// A program folder for one test: the template database from the build and a
-/// link to the bundled Device Library. Removed at the end.
-class ProgramFolder {
- public:
-  ProgramFolder();
-  ~ProgramFolder();
-  ProgramFolder(const ProgramFolder&) = delete;
-  ProgramFolder& operator=(const ProgramFolder&) = delete;
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
-
-}  // namespace bw::guitest
+}  // namespace bw::guidriver
