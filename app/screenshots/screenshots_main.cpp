@@ -109,11 +109,11 @@ int main(int argc, char** argv) {
   ClickRow(lex, QStringLiteral("SAMSUNG TV"));
   Click(Button(w, "cmdSlinkXqt"));
   ok &= Save(w, "main-slinke-tx.png");
-  // The Tx/Rx variant with its protocol fields filled from the device (not run:
-  // the sample protocols all name their lead-in as a symbol, which that
-  // variant cannot encode).
+  // The Tx/Rx variant after a run over a Sony device (its start pair and bit
+  // cells fit that variant's fields).
   ClickRow(output, QStringLiteral("Nirvis Tx/Rx"));
   ClickRow(lex, QStringLiteral("SONY TV"));
+  Click(Button(w, "cmdSlinkXqt"));
   ok &= Save(w, "main-slinke-txrx.png");
 
   // ADI Leopard: a new table, the first key added, the second skipped, the rest all at once.
