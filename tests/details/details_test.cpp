@@ -30,11 +30,12 @@ struct Details : ::testing::Test {
   /// Presses `handler` once the dialog waits; events the writer lets through before pass by.
   void PressWhenShown(void (*handler)(Program&)) {
     auto step = std::make_shared<std::function<void()>>();
-    *step = [this, handler, step] {
+    std::weak_ptr<std::function<void()>> self = step;  // only the queued click owns it
+    *step = [this, handler, self] {
       if (t.host.detailsShown > 0 && p.DBG.Next.enabled) handler(p);
-      else t.host.Click(*step);
+      else if (auto again = self.lock()) t.host.Click([again] { (*again)(); });
     };
-    t.host.Click(*step);
+    t.host.Click([step] { (*step)(); });
   }
 };
 
