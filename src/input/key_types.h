@@ -17,13 +17,13 @@ struct KeyCode {
 
 /// Code lists and options are 0-based vectors here: element k-1 is the k-th code.
 struct KeyEntry {
-  std::string Label;
-  std::string RawText;       ///< for a RAW device: the whole text after "="
+  std::string Label{};
+  std::string RawText{};     ///< for a RAW device: the whole text after "="
   bool HasSecondCodes = false;
   int16_t OptionCount = 0;
-  std::vector<KeyCode> FirstCodes;
-  std::vector<KeyCode> SecondCodes;
-  std::vector<std::string> Options;  ///< key-level DEFINES lines, name=value as written
+  std::vector<KeyCode> FirstCodes{};
+  std::vector<KeyCode> SecondCodes{};
+  std::vector<std::string> Options{};  ///< key-level DEFINES lines, name=value as written
 };
 
 /// Entry 0 is always present and never filled; the first key is at index 1.
