@@ -70,6 +70,11 @@ const char* const kShortUsage =
     "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check\n"
     "burstwright-cli --help describes them\n";
 
+/// A run-time error as the one line the command line prints for it.
+std::string RunTimeErrorLine(const RunTimeError& e) {
+  return "Run-time error '" + std::to_string(e.number()) + "': " + e.description();
+}
+
 struct UsageError {
   std::string text;
 };
@@ -264,7 +269,7 @@ class Cli {
   /// in check mode, otherwise after the device or file the command works on.
   void ReportRunTimeError(const RunTimeError& e) {
     host_.ClearProgress();
-    const std::string text = "Run-time error '" + std::to_string(e.number()) + "': " + e.description();
+    const std::string text = RunTimeErrorLine(e);
     if (host_.sourceMode && !p_.ErrorSource.file.empty())
       std::cerr << p_.ErrorSource.file << ":" << p_.ErrorSource.line << ": " << text << "\n";
     else if (!host_.context.empty())
@@ -571,7 +576,7 @@ int main(int argc, char** argv) {
     std::cerr << "burstwright-cli: " << e.text << "\n" << kShortUsage;
     return kExitUsage;
   } catch (const bw::RunTimeError& e) {
-    std::cerr << "Run-time error '" << e.number() << "': " << e.description() << "\n";
+    std::cerr << RunTimeErrorLine(e) << "\n";
     return kExitRunTimeError;
   }
 }
