@@ -170,7 +170,213 @@ std::string LabelField(const std::string& label) {
 
 }  // namespace
 
-DialectFiles WriteDialectFiles(const LircRemote& remote, const std::string& sourceFile) {
+namespace {
+
+/// Time base of the field protocols. ONE and ZERO are written in its units with
+/// decimals (560 us is 0.056), so any duration up to 100 s fits them exactly.
+constexpr int kFieldTimeBase = 10000;
+
+/// `us` in units of kFieldTimeBase, as few decimals as it takes.
+std::string InTimeBase(int64_t us) {
+  const bool negative = us < 0;
+  const uint64_t m = static_cast<uint64_t>(negative ? -us : us);
+  std::string text = std::to_string(m / kFieldTimeBase);
+  std::string fraction = std::to_string(m % kFieldTimeBase);
+  fraction.insert(0, 4 - fraction.size(), '0');
+  while (!fraction.empty() && fraction.back() == '0') fraction.pop_back();
+  if (!fraction.empty()) text += "." + fraction;
+  return (negative ? "-" : "") + text;
+}
+
+/// The bits of one field in the order they are sent.
+std::vector<bool> SentBits(uint64_t value, unsigned n, bool reverse) {
+  std::vector<bool> bits;
+  for (unsigned i = 0; i < n; ++i) bits.push_back(value >> (reverse ? i : n - 1 - i) & 1);
+  return bits;
+}
+
+/// Form items for `bits` (sent in this order) that are the same for every key:
+/// runs of at most 31 bits as numbers with a bit count, and each bit that RC6
+/// sends at double length as its own durations. `first` is the frame position
+/// (from the first data bit) of bits[0].
+void ConstantItems(const std::vector<bool>& bits, unsigned first, const BitShape& shape, bool lsbFirst,
+                   std::vector<std::string>& items) {
+  const unsigned all = shape.preBits + shape.bits + shape.postBits;
+  std::vector<bool> run;
+  auto flush = [&] {
+    if (run.empty()) return;
+    uint64_t v = 0;
+    for (std::size_t j = 0; j < run.size(); ++j)
+      if (run[j]) v |= uint64_t{1} << (lsbFirst ? j : run.size() - 1 - j);
+    items.push_back(std::to_string(v) + ":" + std::to_string(run.size()));
+    run.clear();
+  };
+  for (std::size_t i = 0; i < bits.size(); ++i) {
+    const unsigned position = all - (first + static_cast<unsigned>(i)) - 1;
+    if (shape.doubleMask >> position & 1) {
+      flush();
+      items.push_back(bits[i] ? "[LONGSPACE1 LONGMARK1]" : "[LONGMARK0 LONGSPACE0]");
+      continue;
+    }
+    run.push_back(bits[i]);
+    if (run.size() == 31) flush();
+  }
+  flush();
+}
+
+std::string Hex(uint64_t v) {
+  static const char* digits = "0123456789ABCDEF";
+  std::string out;
+  do {
+    out.insert(out.begin(), digits[v & 15]);
+    v >>= 4;
+  } while (v);
+  return "0x" + out;
+}
+
+}  // namespace
+
+std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::string& sourceFile) {
+  if (r.IsRaw()) return std::nullopt;
+  const BitShape shape = ShapeOf(r);
+  const int64_t p1 = static_cast<int64_t>(r.Number("one", 0)), s1 = static_cast<int64_t>(r.Number("one", 1));
+  const int64_t p0 = static_cast<int64_t>(r.Number("zero", 0)), s0 = static_cast<int64_t>(r.Number("zero", 1));
+  // XMP sends four bits a symbol; a zero-length half shifts the transmitter's
+  // marks and spaces out of step; codes beyond two 31-bit fields need more per-key values.
+  if (shape.kind == BitShape::XMP || p1 <= 0 || s1 <= 0 || p0 <= 0 || s0 <= 0 || shape.bits > 62) return std::nullopt;
+  const unsigned all = shape.preBits + shape.bits + shape.postBits;
+  for (unsigned i = 0; i < shape.bits; ++i)
+    if (shape.doubleMask >> (all - shape.preBits - i - 1) & 1) return std::nullopt;  // a per-key long bit
+  for (const char* pair : {"header", "pre", "post", "foot", "gap"})
+    if (r.Number(pair, 0) > 10000000 || r.Number(pair, 1) > 10000000) return std::nullopt;
+
+  const bool reverse = r.Has("REVERSE");
+  const uint64_t toggle = shape.toggleMask;
+  const auto part = [&](uint64_t value, unsigned shift, unsigned n) {
+    return n == 0 ? uint64_t{0} : ((value | (shift >= 64 ? 0 : toggle >> shift)) & (n >= 64 ? ~uint64_t{0} : (uint64_t{1} << n) - 1));
+  };
+  const uint64_t pre = part(r.Number("pre_data"), shape.bits + shape.postBits, shape.preBits);
+  const uint64_t post = part(r.Number("post_data"), 0, shape.postBits);
+  bool preIsDeviceCode = shape.preBits > 0 && shape.preBits <= 31 && shape.bits <= 31;
+  for (unsigned i = 0; i < shape.preBits && preIsDeviceCode; ++i)
+    if (shape.doubleMask >> (all - i - 1) & 1) preIsDeviceCode = false;
+
+  DialectFiles files;
+  files.stem = DeviceStem(r, sourceFile);
+  files.protocolName = "LIRC " + files.stem;
+  const std::string origin = LineSafe(fs::path(sourceFile).filename().string());
+  const std::string remoteName = LineSafe(r.name);
+
+  std::vector<std::string> defines;  // "NAME = value"
+  std::vector<std::string> items;
+  auto pairItem = [&](const char* name, const char* first, const char* second, bool markFirst) {
+    if (!(r.Number(name, 0) && r.Number(name, 1))) return;
+    const int64_t mark = static_cast<int64_t>(r.Number(name, 0)), space = -static_cast<int64_t>(r.Number(name, 1));
+    defines.push_back(std::string(first) + " = " + std::to_string(markFirst ? mark : space));
+    defines.push_back(std::string(second) + " = " + std::to_string(markFirst ? space : mark));
+    items.push_back(std::string("[") + first + " " + second + "]");
+  };
+  auto markItem = [&](const char* parameter, const char* name) {
+    if (uint64_t d = r.Number(parameter)) {
+      defines.push_back(std::string(name) + " = " + std::to_string(d));
+      items.push_back(std::string("[") + name + "]");
+    }
+  };
+  if (shape.kind == BitShape::RC6) {
+    defines.push_back("LONGMARK1 = " + std::to_string(2 * p1));
+    defines.push_back("LONGSPACE1 = " + std::to_string(-2 * s1));
+    defines.push_back("LONGMARK0 = " + std::to_string(2 * p0));
+    defines.push_back("LONGSPACE0 = " + std::to_string(-2 * s0));
+  }
+  pairItem("header", "HEADMARK", "HEADSPACE", true);
+  markItem("plead", "LEADMARK");
+  if (preIsDeviceCode) items.push_back("D:" + std::to_string(shape.preBits));
+  else ConstantItems(SentBits(pre, shape.preBits, reverse), 0, shape, reverse, items);
+  pairItem("pre", "PREMARK", "PRESPACE", true);
+  if (shape.bits <= 31) {
+    items.push_back("F:" + std::to_string(shape.bits));
+  } else if (reverse) {
+    items.push_back("F:31");
+    items.push_back("D:" + std::to_string(shape.bits - 31));
+  } else {
+    items.push_back("D:" + std::to_string(shape.bits - 31));
+    items.push_back("F:31");
+  }
+  pairItem("post", "POSTMARK", "POSTSPACE", true);
+  ConstantItems(SentBits(post, shape.postBits, reverse), shape.preBits + shape.bits, shape, reverse, items);
+  markItem("ptrail", "TRAILMARK");
+  pairItem("foot", "FOOTSPACE", "FOOTMARK", false);
+  const int64_t gap = static_cast<int64_t>(r.Number("gap"));
+  if (r.Has("CONST_LENGTH")) {
+    // A zero-length burst first, so the pad always follows a burst: it then
+    // makes the frame exactly its length, a last data space included.
+    int64_t frame = gap;
+    if (r.Has("NO_HEAD_REP") && r.Number("header", 0) && r.Number("header", 1))
+      frame += static_cast<int64_t>(r.Number("header", 0) + r.Number("header", 1));
+    defines.push_back("NOTHING = 0");
+    defines.push_back("FRAME = ^" + std::to_string(frame));
+    items.push_back("[NOTHING]");
+    items.push_back("FRAME");
+  } else if (gap > 0) {
+    defines.push_back("GAPSPACE = " + std::to_string(-gap));
+    items.push_back("[GAPSPACE]");
+  }
+
+  std::string form;
+  for (const std::string& item : items) form += (form.empty() ? "" : ",") + item;
+  const bool repeats = RepeatsFirstFrame(r);
+
+  int64_t one[2] = {p1, -s1}, zero[2] = {p0, -s0};
+  if (shape.kind == BitShape::SpaceFirst || shape.kind == BitShape::Biphase || shape.kind == BitShape::RC6) {
+    one[0] = -s1;
+    one[1] = p1;
+  }
+  if (shape.kind == BitShape::SpaceFirst) {
+    zero[0] = -s0;
+    zero[1] = p0;
+  }
+
+  std::ostringstream irp;
+  irp << "' Imported from the lircd.conf file " << origin << ", remote " << remoteName << "." << kCrLf;
+  irp << "' Durations in microseconds, bursts positive, spaces negative; ONE and ZERO in" << kCrLf
+      << "' units of the time base. "
+      << (preIsDeviceCode ? "The device code is the remote's pre_data, the function code its key code."
+                          : "The function code is the key code.")
+      << kCrLf;
+  if (shape.toggleMask) irp << "' Toggle bits are sent set, as on a first press; the device's codes include them." << kCrLf;
+  if (!repeats) irp << "' A held key sends other frames; only the press is kept here." << kCrLf;
+  irp << "PROTOCOL = " << files.protocolName << kCrLf << "MODULATION = PPM" << kCrLf
+      << "BITORDER = " << (reverse ? "LSB" : "MSB") << kCrLf << "FREQUENCY = " << CarrierFrequency(r) << kCrLf
+      << "TIMEBASE = " << kFieldTimeBase << kCrLf << "REPEAT = 1" << kCrLf << "ONE = " << InTimeBase(one[0]) << ","
+      << InTimeBase(one[1]) << kCrLf << "ZERO = " << InTimeBase(zero[0]) << "," << InTimeBase(zero[1]) << kCrLf;
+  for (const std::string& d : defines) irp << "DEFINE " << d << kCrLf;
+  irp << "FORM = " << form;
+  if (repeats) irp << ";" << form;
+  irp << kCrLf;
+  files.protocolText = irp.str();
+
+  std::ostringstream dvc;
+  dvc << "' Imported from the lircd.conf file " << origin << ", remote " << remoteName << "." << kCrLf
+      << "MANUFACTURER = " << Manufacturer(sourceFile) << kCrLf << "DEVICE = Remote" << kCrLf
+      << "MODEL = " << remoteName << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "NUMBERBASE = HEX" << kCrLf
+      << "DEVICECODE = " << (preIsDeviceCode ? Hex(pre) : std::string("0x0")) << kCrLf << "[KEYCODES]" << kCrLf;
+  int index = 0;
+  for (const LircCode& c : r.codes) {
+    std::string label = KeyLabel(c.name);
+    ++index;
+    if (label.empty()) label = "KEY " + std::to_string(index);
+    const uint64_t code = part(c.code, shape.postBits, shape.bits);
+    dvc << LabelField(label) << " = ";
+    if (shape.bits <= 31) dvc << Hex(code);
+    else dvc << Hex(code >> 31) << "," << Hex(code & 0x7FFFFFFF);
+    dvc << kCrLf;
+  }
+  files.keys = index;
+  files.deviceText = dvc.str();
+  return files;
+}
+
+DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile) {
   DialectFiles files;
   files.stem = DeviceStem(remote, sourceFile);
   files.protocolName = "LIRC " + files.stem;
@@ -290,7 +496,16 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
         results.push_back(r);
         continue;
       }
-      DialectFiles files = WriteDialectFiles(remote, path);
+      DialectFiles files;
+      std::string wrong;
+      // Fields where the dialect can send them exactly, else every key's durations.
+      std::optional<DialectFiles> fields = WriteFieldFiles(remote, path);
+      if (fields && VerifyDialectFiles(remote, *fields).empty()) {
+        files = *fields;
+      } else {
+        files = WriteRawFiles(remote, path);
+        wrong = VerifyDialectFiles(remote, files);
+      }
       const std::string device = UCase(files.stem);
       const std::string dvcName = files.stem + ".dvc", irpName = files.stem + ".irp";
       if (auto it = writtenBy.find(device); it != writtenBy.end()) {
@@ -299,7 +514,7 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
         r.reason = "device " + device + " exists in " + folder.string() + " (--yes replaces it)";
       } else if (std::string other = ProtocolNameTakenBy(folder, files.protocolName, irpName); !other.empty()) {
         r.reason = "protocol " + files.protocolName + " is taken by " + (folder / other).string();
-      } else if (std::string wrong = VerifyDialectFiles(remote, files); !wrong.empty()) {
+      } else if (!wrong.empty()) {
         r.reason = "it cannot be written exactly: " + wrong;
       }
       if (r.reason.empty()) {

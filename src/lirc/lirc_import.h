@@ -8,6 +8,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,8 +60,14 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
 // ---- the pieces ----
 
 /// The two files of `remote` (read from `sourceFile`, whose folder names the
-/// manufacturer). The remote must be supported.
-DialectFiles WriteDialectFiles(const LircRemote& remote, const std::string& sourceFile);
+/// manufacturer) as a protocol of its own: header, pre_data and the other
+/// fixed parts in the form, each key's code as its device and function codes.
+/// Nothing when its bits cannot be written that way (XMP, zero-length halves,
+/// RC6 long bits inside the key code, codes of more than 62 bits).
+std::optional<DialectFiles> WriteFieldFiles(const LircRemote& remote, const std::string& sourceFile);
+/// The two files of `remote` with every key's durations written out in its key
+/// line; for raw remotes and whatever the fields cannot send exactly.
+DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile);
 
 /// Loads the two files from a scratch library and generates every key for the
 /// Pronto and the Slink-e outputs; empty when each equals `FirstFrame`, else

@@ -386,6 +386,24 @@ std::vector<int32_t> FirstFrame(const LircRemote& r, const std::string& key) {
   return Close(r, b, headerLength);
 }
 
+BitShape ShapeOf(const LircRemote& r) {
+  BitShape s;
+  s.preBits = static_cast<unsigned>(r.Number("pre_data_bits"));
+  s.bits = static_cast<unsigned>(r.Number("bits"));
+  s.postBits = static_cast<unsigned>(r.Number("post_data_bits"));
+  const Frame f{s.preBits, s.bits, s.postBits};
+  s.toggleMask = ToggleMask(r, f);
+  switch (EncodingOf(r)) {
+    case Encoding::PulseSpace: s.kind = BitShape::PulseSpace; break;
+    case Encoding::SpaceFirst: s.kind = BitShape::SpaceFirst; break;
+    case Encoding::Biphase: s.kind = BitShape::Biphase; break;
+    case Encoding::RC6: s.kind = BitShape::RC6; break;
+    case Encoding::XMP: s.kind = BitShape::XMP; break;
+  }
+  if (s.kind == BitShape::RC6) s.doubleMask = r.Number("rc6_mask") ? r.Number("rc6_mask") : s.toggleMask;
+  return s;
+}
+
 bool RepeatsFirstFrame(const LircRemote& r) {
   if (HasPair(r, "repeat")) return false;
   if (r.Has("NO_HEAD_REP") && HasPair(r, "header")) return false;

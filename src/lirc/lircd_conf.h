@@ -67,6 +67,17 @@ int32_t CarrierFrequency(const LircRemote& remote);
 /// supported (UnsupportedReason gives nothing).
 std::vector<int32_t> FirstFrame(const LircRemote& remote, const std::string& key);
 
+/// How a remote's data bits go on air, as the field writer needs to know.
+struct BitShape {
+  enum Kind { PulseSpace, SpaceFirst, Biphase, RC6, XMP } kind = PulseSpace;
+  unsigned preBits = 0, bits = 0, postBits = 0;
+  /// Bits that a first press sends set.
+  uint64_t toggleMask = 0;
+  /// RC6: bits sent at twice the length, counted from the last bit of the frame.
+  uint64_t doubleMask = 0;
+};
+BitShape ShapeOf(const LircRemote& remote);
+
 /// True when a held key repeats the first frame unchanged (no repeat code, no
 /// header or foot left out of repeats, no own gap for repeats).
 bool RepeatsFirstFrame(const LircRemote& remote);
