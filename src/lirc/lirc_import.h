@@ -62,9 +62,12 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
 /// The two files of `remote` (read from `sourceFile`, whose folder names the
 /// manufacturer) as a protocol of its own: header, pre_data and the other
 /// fixed parts in the form, each key's code as its device and function codes.
-/// Nothing when its bits cannot be written that way (XMP, zero-length halves,
-/// RC6 long bits inside the key code, codes of more than 62 bits).
-std::optional<DialectFiles> WriteFieldFiles(const LircRemote& remote, const std::string& sourceFile);
+/// With `heldFrames`, what a held key sends goes into the repeated part even
+/// where it differs from the first frame. Nothing when its bits cannot be
+/// written that way (XMP, zero-length halves, RC6 long bits inside the key
+/// code, codes of more than 62 bits).
+std::optional<DialectFiles> WriteFieldFiles(const LircRemote& remote, const std::string& sourceFile,
+                                            bool heldFrames = true);
 /// The two files of `remote` with every key's durations written out in its key
 /// line; for raw remotes and whatever the fields cannot send exactly.
 DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile);

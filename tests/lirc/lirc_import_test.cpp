@@ -98,6 +98,32 @@ TEST(LircImport, EachFeatureSendsTheHandWorkedPress) {
   }
 }
 
+TEST(LircImport, HeldKeysRepeatWhatTheRemoteSendsWhileHeldButTheSlinkeFileKeepsThePress) {
+  struct Held {
+    std::string conf;
+    Durations press, held;
+  };
+  const Held cases[] = {
+      {Remote("A1", "bits 2\nheader 900 450\none 100 300\nzero 100 100\nptrail 100\ngap 5000\nrepeat 900 225", "K 0x2"),
+       {900, -450, 100, -300, 100, -100, 100, -5000}, {900, -225, 100, -5000}},
+      {Remote("M1", "bits 2\nflags NO_HEAD_REP|CONST_LENGTH\nheader 1000 500\none 100 300\nzero 100 100\nptrail 100\n"
+                    "gap 2000",
+              "K 0x1"),
+       {1000, -500, 100, -100, 100, -300, 100, -1300}, {100, -100, 100, -300, 100, -1300}},
+      {Remote("B1", "bits 1\none 200 400\nzero 200 200\nptrail 200\ngap 4000\nflags CONST_LENGTH", "K 0x1"),
+       {200, -400, 200, -3200}, {200, -400, 200, -3200}},
+  };
+  for (const Held& c : cases) {
+    ImportedLibrary lib;
+    const auto& r = lib.Import(c.conf);
+    ASSERT_TRUE(r[0].Imported()) << r[0].Line();
+    std::map<std::string, Durations> held;
+    EXPECT_EQ(lib.Keys(r[0].device, false, nullptr, &held)["K"], c.press);
+    EXPECT_EQ(held["K"], c.held);
+    EXPECT_EQ(lib.Keys(r[0].device, true)["K"], c.press);
+  }
+}
+
 TEST(LircImport, FilesAreCrLfNamedForTheRemoteAndTellTheCarrier) {
   ImportedLibrary lib;
   const auto& r = lib.Import(Remote("Living_Room/TV", "bits 1\none 100 200\nzero 100 100\nptrail 50\ngap 3000\n"

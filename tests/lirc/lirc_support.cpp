@@ -30,7 +30,8 @@ const std::vector<bw::lirc::ImportResult>& ImportedLibrary::Import(const std::st
 }
 
 std::map<std::string, Durations> ImportedLibrary::Keys(const std::string& device, bool slinke,
-                                                      std::vector<std::string>* messages) const {
+                                                      std::vector<std::string>* messages,
+                                                      std::map<std::string, Durations>* held) const {
   TestProgram t;
   Program& p = t.p;
   p.DeviceLibraryPath = Library().string();
@@ -53,6 +54,11 @@ std::map<std::string, Durations> ImportedLibrary::Keys(const std::string& device
     std::vector<int32_t> d;
     for (int i = 1; i <= (slinke ? b.TotalCount : b.OnceCount); ++i) d.push_back(b.BurstDurations(i));
     keys[b.BurstLabel] = Joined(d);
+    if (held) {
+      std::vector<int32_t> r;
+      for (int i = 1; i <= b.RepeatPartCount; ++i) r.push_back(b.BurstDurations(b.OnceCount + i));
+      (*held)[b.BurstLabel] = Joined(r);
+    }
   }
   if (messages) *messages = t.host.messages;
   else EXPECT_TRUE(t.host.messages.empty()) << t.host.messages.front();

@@ -30,7 +30,9 @@ struct ImportedLibrary {
   std::filesystem::path Library() const { return dir.path() / "library"; }
   /// label -> joined durations of every key of `device` (as listed): the part
   /// sent once for the Pronto output, the whole entry for the Slink-e one.
-  std::map<std::string, Durations> Keys(const std::string& device, bool slinke, std::vector<std::string>* messages = nullptr) const;
+  /// `held` gets the repeated parts.
+  std::map<std::string, Durations> Keys(const std::string& device, bool slinke, std::vector<std::string>* messages = nullptr,
+                                        std::map<std::string, Durations>* held = nullptr) const;
 };
 
 }  // namespace bw::test::lirc
