@@ -106,11 +106,11 @@ class ScratchFolder {
   fs::path path_;
 };
 
-/// True when another protocol file of `folder` than `ownFile` answers to `name`.
-std::string ProtocolNameTakenBy(const fs::path& folder, const std::string& name, const std::string& ownFile) {
-  const std::string wanted = RemoveBlanks(name);
+/// The protocol names (blanks removed, upper case) that the protocol files of
+/// `folder` answer to, with the file that answers.
+std::map<std::string, std::string> ProtocolNamesIn(const fs::path& folder) {
+  std::map<std::string, std::string> names;
   for (const std::string& file : ListFolder(folder, ".irp")) {
-    if (UCase(file) == UCase(ownFile)) continue;
     try {
       TextFileReader reader(folder / file);
       std::string line;
@@ -118,14 +118,14 @@ std::string ProtocolNameTakenBy(const fs::path& folder, const std::string& name,
         for (const char* separator : {"=", " "}) {
           std::string rest = line;
           const std::string keyword = RemoveBlanks(GetToken(rest, separator));
-          if ((keyword == "FORMAT" || keyword == "PROTOCOL") && RemoveBlanks(rest) == wanted) return file;
+          if (keyword == "FORMAT" || keyword == "PROTOCOL") names.emplace(RemoveBlanks(rest), file);
         }
       }
     } catch (const RunTimeError&) {
       // An unreadable file answers to nothing.
     }
   }
-  return {};
+  return names;
 }
 
 /// Writes `text` as folder/name, replacing a file whose name differs only in case.
@@ -236,7 +236,8 @@ std::string Hex(uint64_t v) {
 
 }  // namespace
 
-std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::string& sourceFile, bool heldFrames) {
+std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::string& sourceFile, bool heldFrames,
+                                            const std::string& stem) {
   if (r.IsRaw()) return std::nullopt;
   const BitShape shape = ShapeOf(r);
   const int64_t p1 = static_cast<int64_t>(r.Number("one", 0)), s1 = static_cast<int64_t>(r.Number("one", 1));
@@ -262,7 +263,7 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
     if (shape.doubleMask >> (all - i - 1) & 1) preIsDeviceCode = false;
 
   DialectFiles files;
-  files.stem = DeviceStem(r, sourceFile);
+  files.stem = stem.empty() ? DeviceStem(r, sourceFile) : stem;
   files.protocolName = "LIRC " + files.stem;
   const std::string origin = LineSafe(fs::path(sourceFile).filename().string());
   const std::string remoteName = LineSafe(r.name);
@@ -427,9 +428,9 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
   return files;
 }
 
-DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile) {
+DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile, const std::string& stem) {
   DialectFiles files;
-  files.stem = DeviceStem(remote, sourceFile);
+  files.stem = stem.empty() ? DeviceStem(remote, sourceFile) : stem;
   files.protocolName = "LIRC " + files.stem;
   const std::string origin = LineSafe(fs::path(sourceFile).filename().string());
   const std::string remoteName = LineSafe(remote.name);
@@ -520,6 +521,8 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
                                           const ImportOptions& options) {
   std::vector<ImportResult> results;
   std::map<std::string, std::string> writtenBy;  // upper-cased stem -> file it came from in this run
+  std::set<std::string> runProtocols;            // protocol names written in this run, blanks removed
+  std::map<std::string, std::string> protocols = ProtocolNamesIn(folder);
   for (const std::string& path : paths) {
     std::vector<LircRemote> remotes;
     try {
@@ -551,25 +554,30 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
         results.push_back(r);
         continue;
       }
+      // Remotes of one name imported in one run are told apart by a number.
+      const std::string base = DeviceStem(remote, path);
+      std::string stem = base;
+      for (int n = 2; writtenBy.count(UCase(stem)) || runProtocols.count(RemoveBlanks("LIRC " + stem)); ++n)
+        stem = base + " " + std::to_string(n);
+
       DialectFiles files;
       std::string wrong;
       // Fields where the dialect can send them exactly, else every key's durations.
-      std::optional<DialectFiles> fields = WriteFieldFiles(remote, path, true);
-      if (fields && !VerifyDialectFiles(remote, *fields).empty()) fields = WriteFieldFiles(remote, path, false);
+      std::optional<DialectFiles> fields = WriteFieldFiles(remote, path, true, stem);
+      if (fields && !VerifyDialectFiles(remote, *fields).empty()) fields = WriteFieldFiles(remote, path, false, stem);
       if (fields && VerifyDialectFiles(remote, *fields).empty()) {
         files = *fields;
       } else {
-        files = WriteRawFiles(remote, path);
+        files = WriteRawFiles(remote, path, stem);
         wrong = VerifyDialectFiles(remote, files);
       }
       const std::string device = UCase(files.stem);
       const std::string dvcName = files.stem + ".dvc", irpName = files.stem + ".irp";
-      if (auto it = writtenBy.find(device); it != writtenBy.end()) {
-        r.reason = "device " + device + " was imported from " + it->second + " already";
-      } else if (!options.overwrite && (FindFileIgnoringCase(folder, dvcName) || FindFileIgnoringCase(folder, irpName))) {
+      auto taken = protocols.find(RemoveBlanks(files.protocolName));
+      if (!options.overwrite && (FindFileIgnoringCase(folder, dvcName) || FindFileIgnoringCase(folder, irpName))) {
         r.reason = "device " + device + " exists in " + folder.string() + " (--yes replaces it)";
-      } else if (std::string other = ProtocolNameTakenBy(folder, files.protocolName, irpName); !other.empty()) {
-        r.reason = "protocol " + files.protocolName + " is taken by " + (folder / other).string();
+      } else if (taken != protocols.end() && UCase(taken->second) != UCase(irpName)) {
+        r.reason = "protocol " + files.protocolName + " is taken by " + (folder / taken->second).string();
       } else if (!wrong.empty()) {
         r.reason = "it cannot be written exactly: " + wrong;
       }
@@ -580,6 +588,8 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
           r.device = device;
           r.keys = files.keys;
           writtenBy[device] = path;
+          runProtocols.insert(RemoveBlanks(files.protocolName));
+          protocols[RemoveBlanks(files.protocolName)] = irpName;
         } catch (const RunTimeError& e) {
           r.reason = "writing " + (folder / dvcName).string() + " fails: " + e.description();
         }

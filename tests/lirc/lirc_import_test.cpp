@@ -182,14 +182,15 @@ TEST(LircImport, RefusesWhatCannotBeSentAndGoesOnWithTheFile) {
   }
 }
 
-TEST(LircImport, NeverReplacesAFileUnlessAskedAndOnlyOnceARun) {
+TEST(LircImport, NeverReplacesAFileUnlessAskedAndNumbersNamesTakenInTheSameRun) {
   const std::string one = Remote("Same", "bits 1\none 100 200\nzero 100 100\nptrail 50\ngap 3000", "K 0x1");
   const std::string two = Remote("same", "bits 1\none 300 200\nzero 100 100\nptrail 50\ngap 3000", "K 0x1");
   ImportedLibrary lib;
   const auto& first = lib.Import(one + two);
   ASSERT_EQ(first.size(), 2u);
-  EXPECT_TRUE(first[0].Imported());
-  EXPECT_EQ(first[1].reason, "device SAME was imported from " + (lib.dir.path() / "acme/test.conf").string() + " already");
+  EXPECT_EQ(first[0].device, "SAME");
+  EXPECT_EQ(first[1].device, "SAME 2");
+  EXPECT_EQ(lib.Keys("SAME 2", false)["K"], (Durations{300, -200, 50, -3000}));
 
   const auto& again = lib.Import(two, "other.conf");
   EXPECT_EQ(again[0].reason, "device SAME exists in " + lib.Library().string() + " (--yes replaces it)");
@@ -198,10 +199,11 @@ TEST(LircImport, NeverReplacesAFileUnlessAskedAndOnlyOnceARun) {
   const auto& replaced = lib.Import(two, "other.conf", {"", true});
   EXPECT_TRUE(replaced[0].Imported()) << replaced[0].Line();
   EXPECT_EQ(lib.Keys("SAME", false)["K"], (Durations{300, -200, 50, -3000}));
-  EXPECT_EQ(FileCount(lib.Library()), 2);  // the old file names went with the new ones
+  EXPECT_EQ(FileCount(lib.Library()), 4);  // the old file names went with the new ones
 
   const auto& picked = lib.Import(one + two, "both.conf", {"SAME", true});
-  EXPECT_EQ(picked.size(), 2u);
+  ASSERT_EQ(picked.size(), 2u);
+  EXPECT_EQ(picked[1].Line(), (lib.dir.path() / "acme/both.conf").string() + ": remote same -> SAME 2, 1 key");
   const auto& none = lib.Import(one, "one.conf", {"Other", true});
   ASSERT_EQ(none.size(), 1u);
   EXPECT_EQ(none[0].reason, "it holds no remote Other");
