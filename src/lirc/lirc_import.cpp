@@ -45,6 +45,15 @@ std::string DeviceStem(const LircRemote& remote, const std::string& sourceFile) 
   return stem;
 }
 
+/// The model name: the remote's, with the number that told it apart from another
+/// remote of its name in the same import (the database keeps models apart by name).
+std::string ModelName(const LircRemote& remote, const std::string& stem, const std::string& sourceFile) {
+  const std::string base = DeviceStem(remote, sourceFile);
+  std::string model = LineSafe(remote.name);
+  if (stem.size() > base.size() && stem.compare(0, base.size(), base) == 0) model += stem.substr(base.size());
+  return model;
+}
+
 std::string Manufacturer(const std::string& sourceFile) {
   std::string folder = fs::absolute(fs::path(sourceFile)).parent_path().filename().string();
   folder = LineSafe(folder);
@@ -404,7 +413,7 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
   std::ostringstream dvc;
   dvc << "' Imported from the lircd.conf file " << origin << ", remote " << remoteName << "." << kCrLf
       << "MANUFACTURER = " << Manufacturer(sourceFile) << kCrLf << "DEVICE = Remote" << kCrLf
-      << "MODEL = " << remoteName << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "NUMBERBASE = HEX" << kCrLf
+      << "MODEL = " << ModelName(r, files.stem, sourceFile) << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "NUMBERBASE = HEX" << kCrLf
       << "DEVICECODE = " << (preIsDeviceCode ? Hex(pre) : std::string("0x0")) << kCrLf;
   if (!held.empty()) {
     dvc << "' What a held key sends after the first frame. The keys name their protocol, so" << kCrLf
@@ -452,7 +461,7 @@ DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFi
   std::ostringstream dvc;
   dvc << "' Imported from the lircd.conf file " << origin << ", remote " << remoteName << "." << kCrLf
       << "MANUFACTURER = " << Manufacturer(sourceFile) << kCrLf << "DEVICE = Remote" << kCrLf
-      << "MODEL = " << remoteName << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "DEVICECODE = 0" << kCrLf
+      << "MODEL = " << ModelName(remote, files.stem, sourceFile) << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "DEVICECODE = 0" << kCrLf
       << "[KEYCODES]" << kCrLf;
   int index = 0;
   for (const std::string& name : remote.KeyNames()) {

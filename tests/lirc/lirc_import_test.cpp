@@ -191,6 +191,7 @@ TEST(LircImport, NeverReplacesAFileUnlessAskedAndNumbersNamesTakenInTheSameRun) 
   EXPECT_EQ(first[0].device, "SAME");
   EXPECT_EQ(first[1].device, "SAME 2");
   EXPECT_EQ(lib.Keys("SAME 2", false)["K"], (Durations{300, -200, 50, -3000}));
+  EXPECT_NE(ReadFileBytes(lib.Library() / "same 2.dvc").find("\r\nMODEL = same 2\r\n"), std::string::npos);
 
   const auto& again = lib.Import(two, "other.conf");
   EXPECT_EQ(again[0].reason, "device SAME exists in " + lib.Library().string() + " (--yes replaces it)");
