@@ -66,6 +66,8 @@ class Database {
   PageFile& file();
   /// Appends a page and marks it used in the database's free-page map.
   uint32_t AllocatePage(const Bytes& page);
+  /// Marks a page free in the database's free-page map (its bytes stay).
+  void FreePage(uint32_t page);
 
  private:
   Database() = default;
