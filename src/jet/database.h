@@ -26,6 +26,7 @@ namespace bw::jet {
 struct NewTable {
   std::string name;
   std::vector<NewColumn> columns;
+  std::vector<NewIndex> indexes = {};  ///< column numbers are positions in `columns`
 };
 
 /// One catalog entry (a row of MSysObjects).
