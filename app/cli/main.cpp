@@ -404,14 +404,15 @@ class Cli {
   /// A key code that names a protocol the library lacks fails only when the key is
   /// built; check reports it now, at the key's line, with the text the build shows.
   void CheckKeyProtocols(const std::string& deviceFile) {
+    // Names match as the protocol loader matches them: blanks removed, case ignored.
     std::set<std::string> known;
-    for (const std::string& name : p_.F.format.items) known.insert(UCase(name));
+    for (const std::string& name : p_.F.format.items) known.insert(RemoveBlanks(name));
     for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
       const KeyEntry& key = p_.Keys[k];
       std::set<std::string> missing;
       for (const auto* codes : {&key.FirstCodes, key.HasSecondCodes ? &key.SecondCodes : nullptr})
         for (std::size_t i = 0; codes && i < codes->size(); ++i)
-          if (!(*codes)[i].Name.empty() && !known.count((*codes)[i].Name)) missing.insert((*codes)[i].Name);
+          if (!(*codes)[i].Name.empty() && !known.count(RemoveBlanks((*codes)[i].Name))) missing.insert((*codes)[i].Name);
       SourceScope scope(p_, deviceFile);
       p_.Source.line = key.Line;
       for (const std::string& name : missing) p_.Message("Protocol " + name + " Not in Device Library");
