@@ -1,6 +1,7 @@
 #include "lirc/lirc_import.h"
 
 #include <algorithm>
+#include <map>
 #include <atomic>
 #include <set>
 #include <sstream>
