@@ -124,7 +124,9 @@ std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row,
     if (!present) continue;
     if (c.fixed()) {
       size_t start = countSize + c.fixedOffset;
-      size_t width = c.type == ColumnType::kText || c.type == ColumnType::kBinary ? c.length : FixedSize(c.type);
+      // Types without a width of their own (text, binary, any other a file
+      // may name) take the column's length, as FixedValue reads them.
+      size_t width = FixedSize(c.type) > 0 ? FixedSize(c.type) : c.length;
       if (start + width > length) continue;
       out[k] = FixedValue(c, jet4, row + start);
     } else {
