@@ -129,7 +129,8 @@ const char* const kSynopsis = "usage: burstwright-cli [--library DIR] [--home DI
 TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "command"}, {{"frobnicate"}, "frobnicate"}, {{"bursts", "SONY TV", "--output", "wav"}, "wav"},
-      {{"database", "SONY TV"}, "--db"}, {{"lir", "a.lir", "b.lir"}, "lir"}, {{"pronto", "No Such"}, "No Such"}};
+      {{"database", "SONY TV"}, "--db"}, {{"lir", "a.lir", "b.lir"}, "lir"}, {{"pronto", "No Such"}, "No Such"},
+      {{"export", "SONY TV", "--format", "wav"}, "wav"}, {{"export", "SONY TV"}, "--format"}};
   for (const auto& [args, named] : cases) {
     CliResult r = Run(args);
     EXPECT_EQ(std::to_string(r.status) + r.out, "2") << named;
@@ -140,7 +141,7 @@ TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   CliResult help = Run({"--help"});
   EXPECT_EQ(help.status + help.err.size(), 0u) << help.err;
   EXPECT_EQ(help.out.rfind(std::string(kSynopsis) + "\n", 0), 0u);
-  for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check"})
+  for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check", "export"})
     EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << command;
 }
 
