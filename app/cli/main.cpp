@@ -16,6 +16,7 @@
 
 #include "adi/adi.h"
 #include "export.h"
+#include "import_lirc.h"
 #include "generate/generate.h"
 #include "input/defines.h"
 #include "input/subroutines.h"
@@ -66,13 +67,18 @@ const char* const kUsage =
     "                                   carrier byte, pulse bytes in hex\n"
     "  check                            loads every protocol file, then every device file;\n"
     "                                   prints every message\n"
+    "  import-lirc FILE... [--to DIR] [--remote NAME] [--yes]\n"
+    "                                   every remote of the lircd.conf FILEs as a device and a\n"
+    "                                   protocol file in DIR (default: the Device Library);\n"
+    "                                   one line per remote; --yes replaces existing files\n"
     "  export DEVICE --format FORMAT [--out FILE]   every key as FORMAT: pronto-hex | gc-sendir |\n"
     "                                   lirc | csv; to stdout, or into FILE\n";
 
 /// What a usage error prints below its reason; --help prints kUsage.
 const char* const kShortUsage =
     "usage: burstwright-cli [--library DIR] [--home DIR] [--yes] COMMAND [ARGS]\n"
-    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check, export\n"
+    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check, import-lirc,\n"
+    "          export\n"
     "burstwright-cli --help describes them\n";
 
 /// A run-time error as the one line the command line prints for it.
@@ -256,6 +262,8 @@ class Cli {
       std::cout << kUsage;
       return kExitClean;
     }
+    if (c == "import-lirc")
+      return ImportLircCommand(options_.args, options_.yes, [&] { return Start() ? p_.DeviceLibraryPath : ""; });
     if (c != "devices" && c != "protocols" && c != "bursts" && c != "pronto" && c != "database" &&
         c != "slinke" && c != "adi" && c != "check" && c != "lir" && c != "export")
       throw UsageError{"unknown command " + c};

@@ -65,7 +65,7 @@ std::vector<std::string> SplitKeepingEmpty(const std::string& text, char separat
 }
 
 /// Reads the "/"-separated code items of one code list.
-void ReadCodeList(Program& p, std::string list, const DeviceReaderState& s, std::vector<KeyCode>& codes) {
+void ReadCodeList(Program& p, std::string_view list, const DeviceReaderState& s, std::vector<KeyCode>& codes) {
   while (!list.empty()) codes.push_back(ParseKeyCode(p, GetToken(list, "/"), s.hexadecimal, s.bigEndian,
                                                      s.defaultDeviceCode));
 }
