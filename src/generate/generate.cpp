@@ -153,7 +153,7 @@ bool LoadRawKey(Program& p, int key) {
     return false;
   }
   BurstSequence& b = p.Burst;
-  std::string text = p.Keys[key].RawText;
+  std::string_view text = p.Keys[key].RawText;
   int16_t count = 0;
   while (!text.empty()) {
     std::string token = GetToken(text);

@@ -32,6 +32,7 @@ constexpr size_t kCreationDateOffset = 0x72;
 constexpr char kMagic[] = "Standard Jet DB";
 
 std::atomic<int> g_writesLeft{-1};
+std::atomic<int> g_writesBeforeFailure{-1};
 
 std::array<uint8_t, kJet4MaskLength> HeaderMask() {
   std::array<uint8_t, 256> s;
@@ -68,6 +69,41 @@ std::array<uint8_t, 4> DateMask(double creationDate) {
 }  // namespace
 
 void PageFile::StopWritesAfter(int writes) { g_writesLeft = writes; }
+void PageFile::FailWriteAfter(int writes) { g_writesBeforeFailure = writes; }
+
+void PageFile::Begin() {
+  if (groupDepth_++ > 0) return;
+  groupPageCount_ = pageCount_;
+  groupBefore_.clear();
+  groupSaved_.assign(pageCount_, false);
+}
+
+void PageFile::Commit() {
+  if (groupDepth_ > 0 && --groupDepth_ == 0) {
+    groupBefore_.clear();
+    groupSaved_.clear();
+  }
+}
+
+void PageFile::Rollback() {
+  if (groupDepth_ == 0) return;
+  if (--groupDepth_ > 0) return;  // the outermost group puts the file back
+  if (fd_ < 0) return;
+  // Restores go straight to the file: the test hooks stop only the writes
+  // being undone.
+  for (auto it = groupBefore_.rbegin(); it != groupBefore_.rend(); ++it) {
+    ssize_t put = ::pwrite(fd_, it->second.data(), pageSize_, off_t(it->first) * off_t(pageSize_));
+    if (put != ssize_t(pageSize_)) ThrowDiskIo(path_);
+    cache_[it->first] = std::move(it->second);
+  }
+  if (pageCount_ > groupPageCount_) {
+    if (::ftruncate(fd_, off_t(groupPageCount_) * off_t(pageSize_)) != 0) ThrowDiskIo(path_);
+    pageCount_ = groupPageCount_;
+    cache_.resize(pageCount_);
+  }
+  groupBefore_.clear();
+  groupSaved_.clear();
+}
 
 std::unique_ptr<PageFile> PageFile::Open(const std::string& path, bool exclusive, bool readOnly) {
   struct stat st {};
@@ -184,6 +220,11 @@ void PageFile::RawWrite(uint32_t number, const Bytes& data) {
   int left = g_writesLeft.load();
   if (left == 0) throw WriteStopped();
   if (left > 0) g_writesLeft = left - 1;
+  int beforeFailure = g_writesBeforeFailure.load();
+  if (beforeFailure >= 0) {
+    g_writesBeforeFailure = beforeFailure - 1;
+    if (beforeFailure == 0) ThrowDiskIo(path_);
+  }
   ssize_t put = ::pwrite(fd_, data.data(), pageSize_, off_t(number) * off_t(pageSize_));
   if (put != ssize_t(pageSize_)) ThrowDiskIo(path_);
   dirty_ = true;
@@ -191,6 +232,10 @@ void PageFile::RawWrite(uint32_t number, const Bytes& data) {
 
 void PageFile::WritePage(uint32_t number, const Bytes& data) {
   if (number >= pageCount_) throw std::logic_error("write past the end of the page file");
+  if (groupDepth_ > 0 && number < groupPageCount_ && !groupSaved_[number]) {
+    groupBefore_.emplace_back(number, Page(number));
+    groupSaved_[number] = true;
+  }
   RawWrite(number, data);
   cache_[number] = data;
 }

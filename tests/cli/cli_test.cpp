@@ -162,9 +162,6 @@ TEST_F(CliTest, WithoutLibraryTheSearchStartsInTheCurrentFolderAndGoesUp) {
   fs::create_directories(dir.path() / "deep" / "deeper");
   EXPECT_EQ(Run({"devices"}, "").out, "ONLY ONE\n") << "found before the program's own library";
   EXPECT_EQ(Run({"devices"}, "", false, dir.path() / "deep" / "deeper").out, "ONLY ONE\n");
-  CliResult missing = Run({"devices"}, dir.path() / "nowhere");
-  EXPECT_EQ(missing.status, 3);
-  EXPECT_EQ(missing.err, "Can not locate Device Library\n");
 }
 
 TEST_F(CliTest, MessagesAreDeviceColonTextLinesAndCheckGivesFileAndLineAndRunTimeErrorsExitThree) {
@@ -399,11 +396,60 @@ TEST_F(CliTest, LirReadsAHandMadeFileWithAPartialLastRecord) {
   dir.Write("hand.lir", record + "\x78" + std::string(43, '\x82'));  // 44 bytes, no name
   for (int i = 0; i < 43; ++i) pulses += "82";
   CliResult r = Run({"lir", "hand.lir"});
-  EXPECT_EQ(r.status + r.err.size(), 0u) << r.err;
+  EXPECT_EQ(r.status, 1) << "the partial record is warned about";
   EXPECT_EQ(r.out, "1\tDEV 1\tKEY A\t114\t810583\n2\t??????????\t??????????\t120\t" + pulses + "\n");
-  CliResult missing = Run({"lir", "nothere.lir"});
-  EXPECT_EQ(missing.status, 3);
-  EXPECT_EQ(missing.out + missing.err, "nothere.lir: File not found\n");
+  EXPECT_EQ(r.err, "hand.lir: hand.lir ends 44 bytes into record 2: a record is 256 bytes, the rest of that one "
+                   "reads as 0\n");
+}
+
+// Each bad path or file a person may give: the fixed text where there is one, then
+// what is wrong with the path, named; the exit status as documented. "D" is the folder.
+TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
+  fs::copy_file(fs::path(BW_BIN_DIR) / "Empty_RCIR.mdb", dir.path() / "Empty_RCIR.mdb");
+  for (const char* folder : {"folder.mdb", "folder.lir", "lib"}) fs::create_directories(dir.path() / folder);
+  dir.Write("three.lir", "abc");
+  dir.Write("text.mdb", "hello\n");
+  dir.Write("text.lir", "hello, I am text\n");
+  WriteLibrary("NEC.irp", test::ReadFileBytes(BundledLibrary() / "NEC.irp"));
+  WriteLibrary("junk.dvc", "PROTOCOL = NEC\r\n[KEYCODES]\r\n\x01\x02\xE9=\x10\xFF:3\x1B\r\n\r\nA = NEC:1,2\r\nB = FOO:1,2/\xFF:3\r\n");
+  const std::string bad3024 = "TOSHIBA TV: Run-time error '3024': Could not find file ";
+  const std::string partial = " bytes into record 1: a record is 256 bytes, the rest of that one reads as 0\n";
+  struct Row { std::vector<std::string> args; fs::path library; std::string err; int status; };
+  const std::vector<Row> rows = {
+      {{"database", "TOSHIBA TV", "--db", "folder.mdb"}, BundledLibrary(),
+       bad3024 + "'D/folder.mdb'. (D/folder.mdb is a folder, not a file)\n", 3},
+      {{"database", "TOSHIBA TV", "--db", "no/x.mdb", "--create"}, BundledLibrary(),
+       bad3024 + "'D/no/x.mdb'. (the folder D/no does not exist)\n", 3},
+      {{"database", "TOSHIBA TV", "--db", "text.mdb"}, BundledLibrary(),
+       "TOSHIBA TV: Run-time error '3343': Unrecognized database format 'D/text.mdb'. (D/text.mdb is not an Access "
+       "database (it does not begin with an Access file header))\n", 3},
+      {{"adi", "TOSHIBA TV", "--out", "no/x.lir"}, BundledLibrary(),
+       "TOSHIBA TV: Run-time error '76': Path not found (the folder D/no does not exist)\n", 3},
+      {{"export", "TOSHIBA TV", "--format", "csv", "--out", "folder.lir"}, BundledLibrary(),
+       "TOSHIBA TV: Can not write D/folder.lir: D/folder.lir is a folder, not a file\n", 3},
+      {{"lir", "folder.lir"}, BundledLibrary(), "folder.lir: folder.lir is a folder, not a file\n", 3},
+      {{"lir", "nothere.lir"}, BundledLibrary(), "nothere.lir: File not found\n", 3},
+      {{"lir", "three.lir"}, BundledLibrary(), "three.lir: three.lir ends 3" + partial, 1},
+      {{"lir", "text.lir"}, BundledLibrary(), "text.lir: text.lir ends 17" + partial, 1},
+      {{"devices"}, dir.path() / "three.lir", "Can not locate Device Library (D/three.lir is a file, not a folder)\n", 3},
+      {{"devices"}, dir.path() / "nowhere", "Can not locate Device Library (D/nowhere does not exist)\n", 3},
+      {{"check"}, Library(),
+       "D/lib/junk.dvc:3: Protocol \\x10\xC3\xBF Not in Device Library\n"  // control bytes shown, not sent
+       "D/lib/junk.dvc:6: Protocol FOO Not in Device Library\nD/lib/junk.dvc:6: Protocol \xC3\xBF Not in Device "
+       "Library\n", 1},
+  };
+  for (const Row& row : rows) {
+    CliResult r = Run(row.args, row.library);
+    EXPECT_EQ(r.err, std::regex_replace(row.err, std::regex("D/"), dir.path().string() + "/")) << row.args[0];
+    EXPECT_EQ(r.status, row.status) << r.err;
+  }
+  EXPECT_FALSE(fs::exists(dir.path() / "no")) << "nothing made on the way";
+  CliResult home = Shell(Quoted(BW_CLI_PROGRAM) + " --home nowhere devices");
+  EXPECT_EQ(home.status, 2);
+  EXPECT_EQ(Lines(home.err).at(0), "burstwright-cli: --home " + (dir.path() / "nowhere").string() + " does not exist");
+  CliResult help = Shell(Quoted(fs::path(BW_BIN_DIR) / "make_template") + " --help");
+  EXPECT_EQ(std::to_string(help.status) + help.out, "0usage: make_template OUTPUT.mdb\n");
+  EXPECT_FALSE(fs::exists(dir.path() / "--help")) << "an option is not a database name";
 }
 
 TEST_F(CliTest, ProgressGoesToStderrOnlyWhenThatIsATerminal) {  // on a pipe, the tests above see none
