@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "adi/adi.h"
+#include "plot.h"
 #include "generate/generate.h"
 #include "input/defines.h"
 #include "input/subroutines.h"
@@ -64,10 +65,13 @@ const char* const kUsage =
     "  check                            loads every protocol file, then every device file;\n"
     "                                   prints every message\n";
 
+/// Commands that live in files of their own add their lines here.
+const std::string kUsageText = std::string(kUsage) + bw::cli::kPlotUsage;
+
 /// What a usage error prints below its reason; --help prints kUsage.
 const char* const kShortUsage =
     "usage: burstwright-cli [--library DIR] [--home DIR] [--yes] COMMAND [ARGS]\n"
-    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check\n"
+    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check, plot\n"
     "burstwright-cli --help describes them\n";
 
 /// A run-time error as the one line the command line prints for it.
@@ -239,11 +243,11 @@ class Cli {
   int Run() {
     const std::string& c = options_.command;
     if (c == "help") {
-      std::cout << kUsage;
+      std::cout << kUsageText;
       return kExitClean;
     }
     if (c != "devices" && c != "protocols" && c != "bursts" && c != "pronto" && c != "database" &&
-        c != "slinke" && c != "adi" && c != "check" && c != "lir")
+        c != "slinke" && c != "adi" && c != "check" && c != "lir" && c != "plot")
       throw UsageError{"unknown command " + c};
     try {
       if (c == "lir") return Lir();
@@ -255,6 +259,7 @@ class Cli {
       if (c == "pronto") return Pronto();
       if (c == "database") return Database();
       if (c == "slinke") return Slinke();
+      if (c == "plot") return Plot();
       return Adi();
     } catch (const RunTimeError& e) {
       ReportRunTimeError(e);
@@ -531,6 +536,15 @@ class Cli {
     host_.dialogAnswer = file;
     cmdADIsave_Click(p_);
     return Exit();
+  }
+
+  int Plot() {
+    PlotArguments a = ParsePlotArguments(options_.args);
+    if (!a.problem.empty()) throw UsageError{a.problem};
+    SelectOutput(a.output);
+    LoadDevice(a.device);
+    const int status = PlotKey(p_, a);
+    return status != kExitClean ? status : Exit();
   }
 
   int Lir() {

@@ -25,6 +25,7 @@ jet::Database& Db(Program& p) {
 void NextButtonSequence(Program& p) {
   if (p.ButtonSequence == INT16_MAX) ThrowOverflow();
   ++p.ButtonSequence;
+  ++p.EntriesWritten;
 }
 
 void FillList(Program& p, const std::string& table, const std::string& column, ComboBox& list) {
