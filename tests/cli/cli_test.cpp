@@ -555,6 +555,34 @@ TEST_F(CliTest, ExportsDecodeBackToTheDurationsBurstsGives) {
   }
 }
 
+// export --format lirc, import-lirc, bursts: the same frame for every key of every device
+// the bundled library can export, the buttons named after the labels.
+TEST_F(CliTest, ExportedLircRemotesImportBackToTheSameFrames) {
+  for (const std::string& device : Lines(Run({"devices"}).out)) {
+    if (device == "RGB LED CONTROLLER") continue;
+    const std::string conf = (dir.path() / "remote.conf").string(), to = (dir.path() / device).string();
+    ASSERT_EQ(Run({"export", device, "--format", "lirc", "--out", conf}).status, 0) << device;
+    fs::create_directories(to);
+    CliResult imported = Run({"import-lirc", conf, "--to", to});
+    ASSERT_EQ(imported.status, 0) << imported.out << imported.err;
+    const std::smatch named = [&] {
+      std::smatch m;
+      std::regex_search(imported.out, m, std::regex("-> (.*), [0-9]+ keys"));
+      return m;
+    }();
+    ASSERT_FALSE(named.empty()) << imported.out;
+    const std::vector<JsonKey> before = JsonKeys(CompactJson(Run({"bursts", device}).out));
+    const std::vector<JsonKey> after = JsonKeys(CompactJson(Run({"bursts", named[1]}, to).out));
+    ASSERT_EQ(after.size(), before.size()) << device;
+    for (std::size_t k = 0; k < before.size(); ++k) {
+      std::string label = before[k].label;
+      std::replace(label.begin(), label.end(), ' ', '_');
+      EXPECT_EQ(after[k].label, label) << device;
+      EXPECT_EQ(Merged(after[k].once), Merged(before[k].once)) << device << " " << label;
+    }
+  }
+}
+
 TEST_F(CliTest, ProgressGoesToStderrOnlyWhenThatIsATerminal) {  // on a pipe, the tests above see none
   CliResult r = Run({"adi", "TOSHIBA TV", "--out", "p.lir"}, BundledLibrary(), true);
   const std::string n = std::to_string(toshiba.keys.size());
