@@ -101,6 +101,8 @@ class CliHost : public Host {
   std::string context;
   /// check mode: messages are attributed to FILE:LINE of the reader.
   bool sourceMode = false;
+  /// What is wrong with the path a command works on, put beside its messages while set.
+  std::string messageNote;
   /// check mode: the file being checked, for a message that arises outside its reader.
   std::string sourceFile;
   std::string dialogAnswer;
@@ -112,6 +114,7 @@ class CliHost : public Host {
 
   MsgBoxResult MsgBox(const std::string& text, MsgBoxStyle style) override {
     std::string line = OneLine(text);
+    if (!messageNote.empty()) line += " (" + messageNote + ")";
     messages.push_back(line);
     ClearProgress();
     if (sourceMode && !program->Source.file.empty()) {
@@ -543,7 +546,10 @@ class Cli {
     if (note_.empty() && !a.flags.count("--create")) note_ = AccessDatabaseProblem(file);
     if (a.flags.count("--create")) {
       host_.dialogAnswer = file;
+      // The template's fixed message does not say where it was looked for.
+      host_.messageNote = ExistingFileProblem(p_.ProgramFolder / "Empty_RCIR.mdb");
       NewDB_Click(p_);
+      host_.messageNote.clear();
       // The desktop command ends quietly when the copy or the open fails; opening
       // the file once more brings the reason up as a run-time error.
       if (!p_.DatabaseOpen) OpenIRDatabase(p_, file);

@@ -449,6 +449,12 @@ TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
   CliResult home = Shell(Quoted(BW_CLI_PROGRAM) + " --home nowhere devices");
   EXPECT_EQ(home.status, 2);
   EXPECT_EQ(Lines(home.err).at(0), "burstwright-cli: --home " + (dir.path() / "nowhere").string() + " does not exist");
+  fs::create_directories(dir.path() / "bare");
+  CliResult bare = Shell(Quoted(BW_CLI_PROGRAM) + " --library " + Quoted(BundledLibrary()) +
+                         " --home bare database 'TOSHIBA TV' --db bare/x.mdb --create");
+  EXPECT_EQ(Lines(bare.err).at(0), "TOSHIBA TV: Could not locate Empty Data base template (" +
+                                       (dir.path() / "bare" / "Empty_RCIR.mdb").string() + " does not exist)");
+  EXPECT_EQ(bare.status, 3);
   CliResult help = Shell(Quoted(fs::path(BW_BIN_DIR) / "make_template") + " --help");
   EXPECT_EQ(std::to_string(help.status) + help.out, "0usage: make_template OUTPUT.mdb\n");
   EXPECT_FALSE(fs::exists(dir.path() / "--help")) << "an option is not a database name";
