@@ -141,7 +141,8 @@ TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   CliResult help = Run({"--help"});
   EXPECT_EQ(help.status + help.err.size(), 0u) << help.err;
   EXPECT_EQ(help.out.rfind(std::string(kSynopsis) + "\n", 0), 0u);
-  for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check", "export"})
+  for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check",
+                              "import-lirc", "export"})
     EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << command;
 }
 
@@ -596,6 +597,30 @@ TEST_F(CliTest, ProgressGoesToStderrOnlyWhenThatIsATerminal) {  // on a pipe, th
   EXPECT_NE(r.err.find("key 1 of " + n), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("key " + n + " of " + n), std::string::npos) << r.err;
   EXPECT_EQ(r.out, "") << "progress stays off stdout";
+}
+
+TEST_F(CliTest, ImportLircWritesALineARemoteReplacesOnlyWithYesAndLeavesALibraryCheckPasses) {
+  const fs::path conf = dir.Write("brand/tv.conf",
+                                  "begin remote\n name TV\n bits 8\n flags SPACE_ENC|CONST_LENGTH\n header 9000 4500\n"
+                                  " one 560 1690\n zero 560 560\n ptrail 560\n pre_data_bits 8\n pre_data 0x20\n"
+                                  " gap 108000\n repeat 9000 2250\n begin codes\n  POWER 0x10\n  VOL+ 0x11\n end codes\n"
+                                  "end remote\nbegin remote\n name RX\n bits 16\n begin codes\n  A 0x1\n end codes\n"
+                                  "end remote\n");
+  const std::string imported = conf.string() + ": remote TV -> TV, 2 keys\n";
+  const std::string refused = conf.string() + ": remote RX not imported: it has no pulse timings (a receiver's code table)\n";
+  WriteLibrary("keep.txt", "");
+  CliResult first = Run({"import-lirc", conf.string()}, Library());  // into the library in use
+  EXPECT_EQ(std::to_string(first.status) + first.out, "1" + imported + refused) << first.err;
+  CliResult again = Run({"import-lirc", conf.string(), "--to", Library().string(), "--remote", "tv"}, "");
+  EXPECT_EQ(std::to_string(again.status) + again.out,
+            "1" + conf.string() + ": remote TV not imported: device TV exists in " + Library().string() +
+                " (--yes replaces it)\n");
+  CliResult replaced = Run({"import-lirc", conf.string(), "--to", Library().string(), "--remote", "TV", "--yes"}, "");
+  EXPECT_EQ(std::to_string(replaced.status) + replaced.out, "0" + imported);
+  CliResult check = RunTemporary({"check"});
+  EXPECT_EQ(std::to_string(check.status) + check.out + check.err, "0");
+  EXPECT_NE(RunTemporary({"pronto", "TV"}).out.find("VOL+\n"), std::string::npos);
+  EXPECT_EQ(Run({"import-lirc", "--to", "x"}, "").status, 2);
 }
 
 }  // namespace
