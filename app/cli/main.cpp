@@ -412,14 +412,18 @@ class Cli {
   /// A key code that names a protocol the library lacks fails only when the key is
   /// built; check reports it now, at the key's line, with the text the build shows.
   void CheckKeyProtocols(const std::string& deviceFile) {
-    std::set<std::string> known;
-    for (const std::string& name : p_.F.format.items) known.insert(UCase(name));
+    std::map<std::string, bool> known;
+    auto inLibrary = [&](const std::string& name) {
+      auto it = known.find(name);
+      if (it == known.end()) it = known.emplace(name, ProtocolInLibrary(p_.DeviceLibraryPath, name)).first;
+      return it->second;
+    };
     for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
       const KeyEntry& key = p_.Keys[k];
       std::set<std::string> missing;
       for (const auto* codes : {&key.FirstCodes, key.HasSecondCodes ? &key.SecondCodes : nullptr})
         for (std::size_t i = 0; codes && i < codes->size(); ++i)
-          if (!(*codes)[i].Name.empty() && !known.count((*codes)[i].Name)) missing.insert((*codes)[i].Name);
+          if (!(*codes)[i].Name.empty() && !inLibrary((*codes)[i].Name)) missing.insert((*codes)[i].Name);
       SourceScope scope(p_, deviceFile);
       p_.Source.line = key.Line;
       for (const std::string& name : missing) p_.Message("Protocol " + name + " Not in Device Library");
