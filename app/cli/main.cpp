@@ -105,6 +105,8 @@ class CliHost : public Host {
   std::string context;
   /// check mode: messages are attributed to FILE:LINE of the reader.
   bool sourceMode = false;
+  /// What is wrong with the path a command works on, put beside its messages while set.
+  std::string messageNote;
   /// check mode: the file being checked, for a message that arises outside its reader.
   std::string sourceFile;
   std::string dialogAnswer;
@@ -116,6 +118,7 @@ class CliHost : public Host {
 
   MsgBoxResult MsgBox(const std::string& text, MsgBoxStyle style) override {
     std::string line = OneLine(text);
+    if (!messageNote.empty()) line += " (" + messageNote + ")";
     messages.push_back(line);
     ClearProgress();
     if (sourceMode && !program->Source.file.empty()) {
@@ -409,15 +412,18 @@ class Cli {
   /// A key code that names a protocol the library lacks fails only when the key is
   /// built; check reports it now, at the key's line, with the text the build shows.
   void CheckKeyProtocols(const std::string& deviceFile) {
-    // Names match as the protocol loader matches them: blanks removed, case ignored.
-    std::set<std::string> known;
-    for (const std::string& name : p_.F.format.items) known.insert(RemoveBlanks(name));
+    std::map<std::string, bool> known;
+    auto inLibrary = [&](const std::string& name) {
+      auto it = known.find(name);
+      if (it == known.end()) it = known.emplace(name, ProtocolInLibrary(p_.DeviceLibraryPath, name)).first;
+      return it->second;
+    };
     for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
       const KeyEntry& key = p_.Keys[k];
       std::set<std::string> missing;
       for (const auto* codes : {&key.FirstCodes, key.HasSecondCodes ? &key.SecondCodes : nullptr})
         for (std::size_t i = 0; codes && i < codes->size(); ++i)
-          if (!(*codes)[i].Name.empty() && !known.count(RemoveBlanks((*codes)[i].Name))) missing.insert((*codes)[i].Name);
+          if (!(*codes)[i].Name.empty() && !inLibrary((*codes)[i].Name)) missing.insert((*codes)[i].Name);
       SourceScope scope(p_, deviceFile);
       p_.Source.line = key.Line;
       for (const std::string& name : missing) p_.Message("Protocol " + name + " Not in Device Library");
@@ -549,7 +555,10 @@ class Cli {
     if (note_.empty() && !a.flags.count("--create")) note_ = AccessDatabaseProblem(file);
     if (a.flags.count("--create")) {
       host_.dialogAnswer = file;
+      // The template's fixed message does not say where it was looked for.
+      host_.messageNote = ExistingFileProblem(p_.ProgramFolder / "Empty_RCIR.mdb");
       NewDB_Click(p_);
+      host_.messageNote.clear();
       // The desktop command ends quietly when the copy or the open fails; opening
       // the file once more brings the reason up as a run-time error.
       if (!p_.DatabaseOpen) OpenIRDatabase(p_, file);

@@ -63,16 +63,24 @@ constexpr const char* kBitOrderList = "LSB MSB";
 
 // ---- finding and loading a protocol file ----
 
-bool LoadProtocol(Program& p, const std::string& name) {
-  const std::filesystem::path folder = p.DeviceLibraryPath;
+namespace {
+
+/// The first protocol file of `folder` (in listing order) that names `name`; empty when none does.
+std::filesystem::path FindProtocolFile(const std::filesystem::path& folder, const std::string& name) {
   const std::string wanted = RemoveBlanks(name);
-  std::filesystem::path found;
-  for (const std::string& file : ListFolder(folder, ".irp")) {
-    if (FileNamesProtocol(folder / file, wanted)) {
-      found = folder / file;
-      break;
-    }
-  }
+  for (const std::string& file : ListFolder(folder, ".irp"))
+    if (FileNamesProtocol(folder / file, wanted)) return folder / file;
+  return {};
+}
+
+}  // namespace
+
+bool ProtocolInLibrary(const std::filesystem::path& library, const std::string& name) {
+  return !FindProtocolFile(library, name).empty();
+}
+
+bool LoadProtocol(Program& p, const std::string& name) {
+  const std::filesystem::path found = FindProtocolFile(p.DeviceLibraryPath, name);
   if (found.empty()) return false;
 
   p.Defines.Clear();

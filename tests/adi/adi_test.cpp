@@ -251,6 +251,14 @@ TEST_F(Adi, OpenBrowseReplaceAndDelete) {
                            "3 2 B|NEW", "2 2 " + last, "1 1 " + first, "0 0 " + none}));
   EXPECT_EQ(NameOf(p.Lir.records[1]), "  ACME/TV100 : POWER:ON" + std::string(9, ' '));
   EXPECT_TRUE(p.Lir.Changed);
+  EXPECT_EQ(t.host.messages, Strings{}) << "whole records open without a word";
+  // A file ending inside a record opens with that record too, and says so.
+  const std::string partial = dir.Write("partial.lir", std::string(300, '\x01')).string();
+  t.host.openAnswers.push_back(partial);
+  press(cmdADIOpen_Click);
+  EXPECT_EQ(seen.back(), "2 1 " + none);
+  EXPECT_EQ(t.host.messages, Strings{partial + " ends 44 bytes into record 2: a record is 256 bytes, the rest of that "
+                                               "one reads as 0"});
 }
 
 TEST_F(Adi, SaveAsksForANewNameInTheLibraryAndOnlyYesOverwrites) {

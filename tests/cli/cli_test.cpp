@@ -450,6 +450,12 @@ TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
   CliResult home = Shell(Quoted(BW_CLI_PROGRAM) + " --home nowhere devices");
   EXPECT_EQ(home.status, 2);
   EXPECT_EQ(Lines(home.err).at(0), "burstwright-cli: --home " + (dir.path() / "nowhere").string() + " does not exist");
+  fs::create_directories(dir.path() / "bare");
+  CliResult bare = Shell(Quoted(BW_CLI_PROGRAM) + " --library " + Quoted(BundledLibrary()) +
+                         " --home bare database 'TOSHIBA TV' --db bare/x.mdb --create");
+  EXPECT_EQ(Lines(bare.err).at(0), "TOSHIBA TV: Could not locate Empty Data base template (" +
+                                       (dir.path() / "bare" / "Empty_RCIR.mdb").string() + " does not exist)");
+  EXPECT_EQ(bare.status, 3);
   CliResult help = Shell(Quoted(fs::path(BW_BIN_DIR) / "make_template") + " --help");
   EXPECT_EQ(std::to_string(help.status) + help.out, "0usage: make_template OUTPUT.mdb\n");
   EXPECT_FALSE(fs::exists(dir.path() / "--help")) << "an option is not a database name";
@@ -552,6 +558,34 @@ TEST_F(CliTest, ExportsDecodeBackToTheDurationsBurstsGives) {
       std::replace(name.begin(), name.end(), ' ', '_');
       EXPECT_EQ(codes[k].first, name);
       EXPECT_EQ(frame, once) << device << " " << name;
+    }
+  }
+}
+
+// export --format lirc, import-lirc, bursts: the same frame for every key of every device
+// the bundled library can export, the buttons named after the labels.
+TEST_F(CliTest, ExportedLircRemotesImportBackToTheSameFrames) {
+  for (const std::string& device : Lines(Run({"devices"}).out)) {
+    if (device == "RGB LED CONTROLLER") continue;
+    const std::string conf = (dir.path() / "remote.conf").string(), to = (dir.path() / device).string();
+    ASSERT_EQ(Run({"export", device, "--format", "lirc", "--out", conf}).status, 0) << device;
+    fs::create_directories(to);
+    CliResult imported = Run({"import-lirc", conf, "--to", to});
+    ASSERT_EQ(imported.status, 0) << imported.out << imported.err;
+    const std::smatch named = [&] {
+      std::smatch m;
+      std::regex_search(imported.out, m, std::regex("-> (.*), [0-9]+ keys"));
+      return m;
+    }();
+    ASSERT_FALSE(named.empty()) << imported.out;
+    const std::vector<JsonKey> before = JsonKeys(CompactJson(Run({"bursts", device}).out));
+    const std::vector<JsonKey> after = JsonKeys(CompactJson(Run({"bursts", named[1]}, to).out));
+    ASSERT_EQ(after.size(), before.size()) << device;
+    for (std::size_t k = 0; k < before.size(); ++k) {
+      std::string label = before[k].label;
+      std::replace(label.begin(), label.end(), ' ', '_');
+      EXPECT_EQ(after[k].label, label) << device;
+      EXPECT_EQ(Merged(after[k].once), Merged(before[k].once)) << device << " " << label;
     }
   }
 }
