@@ -126,13 +126,16 @@ IndexTree::IndexTree(PageFile& file, uint32_t tableDefPage, uint32_t rootPage, A
 
 void IndexTree::Write(const IndexPage& page) {
   Bytes b = BuildIndexPage(page, tdef_, file_.pageSize());
-  if (b.empty()) throw std::logic_error("index page overfull after split");
+  // Split parts always fit; an entry too long for a node page comes only from
+  // a damaged page.
+  if (b.empty()) ThrowCorrupt(file_.path());
   file_.WritePage(page.number, b);
 }
 
 void IndexTree::Relink(uint32_t page, bool setPrev, uint32_t value) {
   if (page == 0) return;
   Bytes b = file_.Page(page);
+  if (b[0] != page_type::kIndexLeaf && b[0] != page_type::kIndexNode) ThrowCorrupt(file_.path());
   Put32(&b[setPrev ? kPrev : kNext], value);
   file_.WritePage(page, b);
 }
@@ -230,7 +233,7 @@ std::vector<IndexPage> IndexTree::SplitPage(IndexPage page, bool appending) {
         cur.push_back(e);
         if (!fits(cur)) {
           cur.pop_back();
-          if (cur.empty()) throw std::logic_error("index entry larger than a page");
+          if (cur.empty()) ThrowCorrupt(file_.path());  // an entry larger than a page: a damaged one
           parts.push_back(cur);
           cur = {e};
         }
@@ -343,7 +346,10 @@ std::vector<IndexPage> IndexTree::InsertBelow(uint32_t number, const IndexEntry&
   } else {
     size_t slot = ChildSlot(page, entry);
     bool viaTail = slot >= page.entries.size() && page.tail != 0;
-    if (slot >= page.entries.size() && !viaTail) slot = page.entries.size() - 1;  // a node without tail
+    if (slot >= page.entries.size() && !viaTail) {  // a node without tail
+      if (page.entries.empty()) ThrowCorrupt(file_.path());
+      slot = page.entries.size() - 1;
+    }
     std::vector<IndexPage> parts = InsertBelow(viaTail ? page.tail : page.entries[slot].child, entry, depth + 1);
     ReplaceChild(page, slot, viaTail, parts, depth);
   }
