@@ -13,6 +13,7 @@ struct Walk {
   std::string where;
   std::vector<std::string>& findings;
   std::map<int, std::vector<IndexPage>> levels;  // pages of each depth, left to right
+  std::map<uint32_t, uint32_t> parent;
   int leafDepth = -1;
 
   void Fail(const std::string& what) { findings.push_back(where + ": " + what); }
@@ -33,20 +34,24 @@ struct Walk {
     if (page.entries.empty() && page.tail == 0) Fail("node page " + std::to_string(number) + " has no children");
     IndexEntry last;
     for (const auto& e : page.entries) {
+      parent[e.child] = number;
       IndexEntry got = Visit(e.child, depth + 1);
       if (!got.SameKeyAndRow(e))
         Fail("node page " + std::to_string(number) + " names an entry that is not the last of child " +
              std::to_string(e.child));
       last = e;
     }
-    if (page.tail != 0) last = Visit(page.tail, depth + 1);
+    if (page.tail != 0) parent[page.tail] = number, last = Visit(page.tail, depth + 1);
     return last;
   }
 
+  /// Leaves are chained all along their level, node pages only to siblings under one parent.
   void CheckChains() {
     for (const auto& [depth, pages] : levels)
       for (size_t i = 0; i < pages.size(); ++i) {
-        uint32_t prev = i == 0 ? 0 : pages[i - 1].number, next = i + 1 < pages.size() ? pages[i + 1].number : 0;
+        auto sibling = [&](size_t j) { return pages[i].leaf || parent[pages[j].number] == parent[pages[i].number]; };
+        uint32_t prev = i == 0 || !sibling(i - 1) ? 0 : pages[i - 1].number;
+        uint32_t next = i + 1 == pages.size() || !sibling(i + 1) ? 0 : pages[i + 1].number;
         if (pages[i].prev != prev || pages[i].next != next)
           Fail("page " + std::to_string(pages[i].number) + " is chained to " + std::to_string(pages[i].prev) + "/" +
                std::to_string(pages[i].next) + " instead of " + std::to_string(prev) + "/" + std::to_string(next));
@@ -77,7 +82,7 @@ IndexCheck CheckIndexes(Table& table, bool counts) {
     if (!keyless.empty()) out.unchecked.push_back(where);
     std::sort(expected.begin(), expected.end());
     IndexTree tree = table.Index(i);
-    Walk walk{tree.file(), where, out.findings, {}, -1};
+    Walk walk{tree.file(), where, out.findings, {}, {}, -1};
     walk.Visit(def.indexes[i].rootPage, 0);
     walk.CheckChains();
     std::vector<IndexEntry> entries = tree.Entries();

@@ -300,6 +300,15 @@ std::vector<IndexPage> IndexTree::Store(IndexPage page, bool appending, int dept
       parts[i].entries.pop_back();
     }
     parts.back().tail = page.tail;
+    // Node pages are chained only to siblings under the same parent (leaves
+    // all along their level): children that now have different parents part.
+    for (size_t i = 0; i + 1 < parts.size(); ++i) {
+      uint32_t left = parts[i].tail;
+      uint32_t right = parts[i + 1].entries.empty() ? parts[i + 1].tail : parts[i + 1].entries[0].child;
+      if (file_.Page(left)[0] != page_type::kIndexNode) break;
+      Relink(left, false, 0);
+      Relink(right, true, 0);
+    }
   }
   const bool isRoot = number == root_;
   // New pages first (their neighbours filled in by a second write), then the
@@ -400,9 +409,124 @@ std::vector<IndexPage> IndexTree::RemoveBelow(uint32_t number, const IndexEntry&
   return Store(std::move(page), false, depth);
 }
 
+bool IndexTree::LeavesNodeWithOneChild(const IndexEntry& entry) {
+  // The path to the entry's leaf, root first.
+  std::vector<IndexPage> path{ReadIndexPage(file_, root_)};
+  std::vector<size_t> slots;
+  while (!path.back().leaf) {
+    if (path.size() > size_t(kMaxDepth)) ThrowCorrupt(file_.path());
+    size_t slot = ChildSlot(path.back(), entry);
+    slots.push_back(slot);
+    path.push_back(ReadIndexPage(file_, ChildAt(path.back(), slot, file_.path())));
+  }
+  // Going up from the leaf: each page that empties takes a child from its parent.
+  size_t level = path.size() - 1;
+  if (level == 0 || path[level].entries.size() != 1) return false;
+  while (--level > 0) {
+    size_t children = path[level].entries.size() + (path[level].tail != 0 ? 1 : 0);
+    if (children > 1) return children == 2;
+  }
+  return false;
+}
+
+// Lays the entries out afresh: leaves filled in order, nodes above them, the
+// root page on top; the old pages are freed after the new ones are written.
+void IndexTree::Rebuild(const std::vector<IndexEntry>& entries) {
+  std::vector<uint32_t> old;
+  std::vector<uint32_t> pending{root_};
+  while (!pending.empty()) {
+    IndexPage page = ReadIndexPage(file_, pending.back());
+    pending.pop_back();
+    if (page.number != root_) old.push_back(page.number);
+    if (old.size() > file_.pageCount()) ThrowCorrupt(file_.path());
+    if (page.leaf) continue;
+    for (const auto& e : page.entries) pending.push_back(e.child);
+    if (page.tail != 0) pending.push_back(page.tail);
+  }
+  const size_t pageSize = file_.pageSize();
+  auto fits = [&](const IndexPage& p) { return !BuildIndexPage(p, tdef_, pageSize).empty(); };
+  // One level of pages, each with the last entry below it.
+  std::vector<std::pair<IndexPage, IndexEntry>> level;
+  IndexPage cur;
+  for (const auto& e : entries) {
+    cur.entries.push_back(e);
+    if (!fits(cur) && cur.entries.size() > 1) {
+      cur.entries.pop_back();
+      level.push_back({cur, cur.entries.back()});
+      cur.entries = {e};
+    }
+  }
+  level.push_back({cur, cur.entries.empty() ? IndexEntry{} : cur.entries.back()});
+  while (true) {
+    if (level.size() == 1) {
+      IndexPage top = level[0].first;
+      top.number = root_;
+      top.prev = top.next = 0;
+      Write(top);
+      break;
+    }
+    for (auto& [page, last] : level) page.number = allocate_(BuildIndexPage(page, tdef_, pageSize));
+    // The level above: each node takes children while their entries fit; its last child is its tail.
+    std::vector<std::vector<size_t>> groups{{}};
+    IndexPage probe;
+    probe.leaf = false;
+    for (size_t i = 0; i < level.size(); ++i) {
+      IndexEntry e = level[i].second;
+      e.child = level[i].first.number;
+      probe.entries.push_back(e);
+      if (!fits(probe) && groups.back().size() > 1) {
+        groups.push_back({});
+        probe.entries = {e};
+      }
+      groups.back().push_back(i);
+    }
+    if (groups.size() > 1 && groups.back().size() == 1) {  // no node with a single child
+      groups.back().insert(groups.back().begin(), groups[groups.size() - 2].back());
+      groups[groups.size() - 2].pop_back();
+    }
+    // Now the level's chain is known: leaves are chained all along, nodes
+    // only to siblings under one parent.
+    std::vector<size_t> parentOf(level.size());
+    for (size_t g = 0; g < groups.size(); ++g)
+      for (size_t i : groups[g]) parentOf[i] = g;
+    for (size_t i = 0; i < level.size(); ++i) {
+      bool leaf = level[i].first.leaf;
+      level[i].first.prev = i == 0 || (!leaf && parentOf[i - 1] != parentOf[i]) ? 0 : level[i - 1].first.number;
+      level[i].first.next =
+          i + 1 == level.size() || (!leaf && parentOf[i + 1] != parentOf[i]) ? 0 : level[i + 1].first.number;
+      Write(level[i].first);
+    }
+    std::vector<std::pair<IndexPage, IndexEntry>> above;
+    for (const auto& g : groups) {
+      IndexPage node;
+      node.leaf = false;
+      for (size_t k = 0; k + 1 < g.size(); ++k) {
+        IndexEntry e = level[g[k]].second;
+        e.child = level[g[k]].first.number;
+        node.entries.push_back(e);
+      }
+      node.tail = level[g.back()].first.number;
+      above.push_back({node, level[g.back()].second});
+    }
+    level = std::move(above);
+  }
+  for (uint32_t page : old) release_(page);
+}
+
 bool IndexTree::Remove(const Bytes& key, uint32_t rowPointer) {
+  IndexEntry entry{key, rowPointer, 0};
+  if (LeavesNodeWithOneChild(entry)) {
+    // A node below the root would keep a single child, a shape other readers
+    // refuse: the index is laid out afresh instead.
+    std::vector<IndexEntry> entries = Entries();
+    auto at = std::lower_bound(entries.begin(), entries.end(), entry);
+    if (at == entries.end() || !at->SameKeyAndRow(entry)) ThrowCorrupt(file_.path());
+    entries.erase(at);
+    Rebuild(entries);
+    return !HasKey(key);
+  }
   bool found = false;
-  RemoveBelow(root_, IndexEntry{key, rowPointer, 0}, found, 0);
+  RemoveBelow(root_, entry, found, 0);
   if (!found) ThrowCorrupt(file_.path());
   return !HasKey(key);
 }

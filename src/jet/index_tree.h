@@ -84,6 +84,9 @@ class IndexTree {
   std::vector<IndexPage> RemoveBelow(uint32_t page, const IndexEntry& entry, bool& found, int depth);
   void ReplaceChild(IndexPage& node, size_t slot, bool viaTail, const std::vector<IndexPage>& parts, int depth);
   std::vector<IndexPage> Store(IndexPage page, bool appending, int depth);
+  /// True when removing the entry would leave a node below the root with one child.
+  bool LeavesNodeWithOneChild(const IndexEntry& entry);
+  void Rebuild(const std::vector<IndexEntry>& entries);
   /// The leaf that holds the first entry not below `probe`, and that entry's position.
   IndexPage FindLeaf(const IndexEntry& probe, size_t& position);
   std::vector<IndexPage> SplitPage(IndexPage page, bool appending);

@@ -39,10 +39,20 @@ struct DatabaseTest : ::testing::Test {
     p.F.DBmfgDEL.enabled = p.F.DBtypDEL.enabled = p.F.DBdvcDel.enabled = false;
   }
   /// Whatever a test did, every index of the open database matches its rows.
+  /// BW_TEST_KEEP_DB=FOLDER keeps the databases a test made there, for other readers.
   void TearDown() override {
-    if (!p.Database || !p.Database->IsOpen()) return;
-    for (const char* table : {"Manufacturers", "Device Types", "Devices", "IR Codes"})
-      EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{}) << table;
+    if (p.Database && p.Database->IsOpen())
+      for (const auto& table : p.Database->TableNames())  // the tables this test's file has
+        EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{})
+            << table;
+    const char* keep = std::getenv("BW_TEST_KEEP_DB");
+    if (!keep || !*keep) return;
+    if (p.Database) p.Database->Close();
+    std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    for (const auto& e : std::filesystem::recursive_directory_iterator(dir.path()))
+      if (e.path().extension() == ".mdb")
+        std::filesystem::copy_file(e.path(), std::filesystem::path(keep) / (test + "-" + e.path().filename().string()),
+                                   std::filesystem::copy_options::overwrite_existing);
   }
   /// A fresh copy of the template at dir/name.
   std::string Fresh(const std::string& name = "ir.mdb") {
