@@ -32,6 +32,7 @@ int32_t NextId(int64_t last) {
 void NextButtonSequence(Program& p) {
   if (p.ButtonSequence == INT16_MAX) ThrowOverflow();
   ++p.ButtonSequence;
+  ++p.EntriesWritten;
 }
 
 void FillList(Program& p, const std::string& table, const std::string& column, ComboBox& list) {
