@@ -100,8 +100,11 @@ TEST_F(EvaluatorTest, PrecedenceGroupingAndNames) {
   Check({{"2+3*4", 14}, {"(2+3)*4", 20}, {"8-2-1", 5}, {"7/2", 3}, {"2*3@2", 18}, {"1|2+4", 7}, {"2@3@2", 64},
          {"1|2^3", 0}, {"N/2", -3}, {"F+1", 6}, {"Q+1", 1}, {"AF", 2}, {"B*2", 0}});
   EXPECT_EQ(Eval("B*2", false), 6);
-  // each level adds one until the deepest fails and counts 0
+  // each level adds one until the deepest fails and counts 0; a name used three times in its own
+  // definition is 0 at every level, in time linear in the depth
   EXPECT_GT(EvaluateDefine(t.p, LookupDefine(t.p, "C"), "C", false), 0);
+  Define("G = G+G*G");
+  EXPECT_EQ(EvaluateDefine(t.p, LookupDefine(t.p, "G"), "G", false), 0);
 }
 
 TEST_F(EvaluatorTest, HexTildeAndAmpersandQuirks) {
