@@ -17,6 +17,7 @@
 #include "adi/adi.h"
 #include "export.h"
 #include "import_lirc.h"
+#include "plot.h"
 #include "generate/generate.h"
 #include "input/defines.h"
 #include "input/subroutines.h"
@@ -74,11 +75,14 @@ const char* const kUsage =
     "  export DEVICE --format FORMAT [--out FILE]   every key as FORMAT: pronto-hex | gc-sendir |\n"
     "                                   lirc | csv; to stdout, or into FILE\n";
 
+/// Commands that live in files of their own add their lines here.
+const std::string kUsageText = std::string(kUsage) + bw::cli::kPlotUsage;
+
 /// What a usage error prints below its reason; --help prints kUsage.
 const char* const kShortUsage =
     "usage: burstwright-cli [--library DIR] [--home DIR] [--yes] COMMAND [ARGS]\n"
     "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check, import-lirc,\n"
-    "          export\n"
+    "          export, plot\n"
     "burstwright-cli --help describes them\n";
 
 /// A run-time error as the one line the command line prints for it.
@@ -259,13 +263,13 @@ class Cli {
   int Run() {
     const std::string& c = options_.command;
     if (c == "help") {
-      std::cout << kUsage;
+      std::cout << kUsageText;
       return kExitClean;
     }
     if (c == "import-lirc")
       return ImportLircCommand(options_.args, options_.yes, [&] { return Start() ? p_.DeviceLibraryPath : ""; });
     if (c != "devices" && c != "protocols" && c != "bursts" && c != "pronto" && c != "database" &&
-        c != "slinke" && c != "adi" && c != "check" && c != "lir" && c != "export")
+        c != "slinke" && c != "adi" && c != "check" && c != "lir" && c != "export" && c != "plot")
       throw UsageError{"unknown command " + c};
     try {
       if (c == "lir") return Lir();
@@ -278,6 +282,7 @@ class Cli {
       if (c == "database") return Database();
       if (c == "slinke") return Slinke();
       if (c == "export") return Export();
+      if (c == "plot") return Plot();
       return Adi();
     } catch (const RunTimeError& e) {
       ReportRunTimeError(e);
@@ -600,6 +605,15 @@ class Cli {
     note_ = NewFileProblem(file);
     cmdADIsave_Click(p_);
     return Exit();
+  }
+
+  int Plot() {
+    PlotArguments a = ParsePlotArguments(options_.args);
+    if (!a.problem.empty()) throw UsageError{a.problem};
+    SelectOutput(a.output);
+    LoadDevice(a.device);
+    const int status = PlotKey(p_, a);
+    return status != kExitClean ? status : Exit();
   }
 
   int Lir() {

@@ -1,6 +1,7 @@
 #include "jet/index_key.h"
 
 #include <cmath>
+#include <algorithm>
 #include <cstring>
 
 #include "jet/text_weights.h"
@@ -69,8 +70,8 @@ bool ValueBytes(Bytes& out, ColumnType type, const Value& v) {
 // primary weights of its characters (a space inside the text counts, spaces at
 // its end do not), their diacritic weights (02 for none, trailing 02s left
 // out; a combining mark adds its weight to the character before it), and the
-// special characters, each as a code of its position (counted in diacritic
-// slots) and its own code. Parts left empty at the end are left out, the
+// special characters, each as a code of its position (counted in the
+// letters' diacritic slots) and its own code. Parts left empty at the end are left out, the
 // primary part's 01 excepted; a 00 ends the key.
 std::optional<Bytes> TextSortKey(std::string_view utf8) {
   // Weights for "no diacritic", and how a special character's position is told.
@@ -81,6 +82,7 @@ std::optional<Bytes> TextSortKey(std::string_view utf8) {
   std::u16string text = Utf8ToUtf16(utf8);
   while (!text.empty() && text.back() == u' ') text.pop_back();
   Bytes primary, extra, special;
+  size_t slots = 0;  // diacritic slots of letters so far (a mark before any letter makes none)
   for (char16_t c : text) {
     CharWeights w = WeightsOf(c);
     switch (w.kind) {
@@ -90,13 +92,14 @@ std::optional<Bytes> TextSortKey(std::string_view utf8) {
         primary.insert(primary.end(), w.primary, w.primary + w.primaryLength);
         if (w.extraLength == 0) extra.push_back(kNoDiacritic);
         else extra.insert(extra.end(), w.extra, w.extra + w.extraLength);
+        slots += std::max<size_t>(1, w.extraLength);
         break;
       case CharKind::kMark:
         if (extra.empty()) extra.insert(extra.end(), w.extra, w.extra + w.extraLength);
         else extra.back() = uint8_t(extra.back() + w.extra[w.extraLength - 1]);
         break;
       case CharKind::kSpecial: {
-        uint16_t position = uint16_t(kPositionBase + kPositionStep * extra.size());
+        uint16_t position = uint16_t(kPositionBase + kPositionStep * slots);
         special.push_back(uint8_t(position >> 8));
         special.push_back(uint8_t(position));
         special.push_back(uint8_t(w.special >> 8));

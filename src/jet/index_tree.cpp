@@ -126,13 +126,16 @@ IndexTree::IndexTree(PageFile& file, uint32_t tableDefPage, uint32_t rootPage, A
 
 void IndexTree::Write(const IndexPage& page) {
   Bytes b = BuildIndexPage(page, tdef_, file_.pageSize());
-  if (b.empty()) throw std::logic_error("index page overfull after split");
+  // Split parts always fit; an entry too long for a node page comes only from
+  // a damaged page.
+  if (b.empty()) ThrowCorrupt(file_.path());
   file_.WritePage(page.number, b);
 }
 
 void IndexTree::Relink(uint32_t page, bool setPrev, uint32_t value) {
   if (page == 0) return;
   Bytes b = file_.Page(page);
+  if (b[0] != page_type::kIndexLeaf && b[0] != page_type::kIndexNode) ThrowCorrupt(file_.path());
   Put32(&b[setPrev ? kPrev : kNext], value);
   file_.WritePage(page, b);
 }
@@ -230,7 +233,7 @@ std::vector<IndexPage> IndexTree::SplitPage(IndexPage page, bool appending) {
         cur.push_back(e);
         if (!fits(cur)) {
           cur.pop_back();
-          if (cur.empty()) throw std::logic_error("index entry larger than a page");
+          if (cur.empty()) ThrowCorrupt(file_.path());  // an entry larger than a page: a damaged one
           parts.push_back(cur);
           cur = {e};
         }
@@ -248,44 +251,46 @@ std::vector<IndexPage> IndexTree::SplitPage(IndexPage page, bool appending) {
   return out;
 }
 
-std::vector<IndexPage> IndexTree::InsertBelow(uint32_t number, const IndexEntry& entry, int depth) {
-  if (depth > kMaxDepth) ThrowCorrupt(file_.path());
-  IndexPage page = ReadIndexPage(file_, number);
-  bool appending = false;
-  if (page.leaf) {
-    auto at = std::lower_bound(page.entries.begin(), page.entries.end(), entry);
-    appending = at == page.entries.end() && page.next == 0;
-    page.entries.insert(at, entry);
-  } else {
-    size_t slot = ChildSlot(page, entry);
-    bool viaTail = slot >= page.entries.size() && page.tail != 0;
-    if (slot >= page.entries.size() && !viaTail) slot = page.entries.size() - 1;  // a node without tail
-    uint32_t child = viaTail ? page.tail : page.entries[slot].child;
-    std::vector<IndexPage> parts = InsertBelow(child, entry, depth + 1);
-    // Entries for every part but the last; the last stands where the child stood.
-    std::vector<IndexEntry> added;
-    for (size_t i = 0; i + 1 < parts.size(); ++i) {
-      IndexEntry e = LastEntryBelow(parts[i], depth + 1);
-      e.child = parts[i].number;
-      added.push_back(e);
-    }
-    if (viaTail) {
-      page.tail = parts.back().number;
-      page.entries.insert(page.entries.end(), added.begin(), added.end());
-    } else {
-      if (page.entries[slot] < entry) {  // went past the end of a node without tail
-        page.entries[slot].key = entry.key;
-        page.entries[slot].pointer = entry.pointer;
-      }
-      page.entries[slot].child = parts.back().number;
-      page.entries.insert(page.entries.begin() + long(slot), added.begin(), added.end());
-    }
-    appending = false;
+// Puts the pages that now stand for the child in `slot` (the tail when
+// `viaTail`) into the node: an entry for each but the last, which takes the
+// child's place. No pages: the child is gone.
+void IndexTree::ReplaceChild(IndexPage& node, size_t slot, bool viaTail, const std::vector<IndexPage>& parts,
+                             int depth) {
+  std::vector<IndexEntry> added;
+  for (size_t i = 0; i + 1 < parts.size(); ++i) {
+    IndexEntry e = LastEntryBelow(parts[i], depth + 1);
+    e.child = parts[i].number;
+    added.push_back(e);
   }
+  if (viaTail) {
+    if (parts.empty()) {
+      node.tail = node.entries.empty() ? 0 : node.entries.back().child;
+      if (!node.entries.empty()) node.entries.pop_back();
+      return;
+    }
+    node.tail = parts.back().number;
+    node.entries.insert(node.entries.end(), added.begin(), added.end());
+    return;
+  }
+  if (parts.empty()) {
+    node.entries.erase(node.entries.begin() + long(slot));
+    return;
+  }
+  IndexEntry last = LastEntryBelow(parts.back(), depth + 1);
+  last.child = parts.back().number;
+  node.entries[slot] = last;
+  node.entries.insert(node.entries.begin() + long(slot), added.begin(), added.end());
+}
+
+// Writes a changed page, split into as many pages as it needs; returns the
+// pages that stand where it stood (the root keeps its number and grows a
+// level instead).
+std::vector<IndexPage> IndexTree::Store(IndexPage page, bool appending, int depth) {
   if (!BuildIndexPage(page, tdef_, file_.pageSize()).empty()) {
     Write(page);
     return {page};
   }
+  const uint32_t number = page.number;
   std::vector<IndexPage> parts = SplitPage(page, appending);
   if (!page.leaf) {
     // Each node part but the last hands its last child to the tail slot; that
@@ -297,35 +302,49 @@ std::vector<IndexPage> IndexTree::InsertBelow(uint32_t number, const IndexEntry&
     parts.back().tail = page.tail;
   }
   const bool isRoot = number == root_;
-  // New pages first (placeholders where a neighbour is not numbered yet),
-  // then the chain pointers, then the page that makes them reachable.
-  for (size_t i = isRoot ? 0 : 1; i < parts.size(); ++i) {
+  // New pages first (their neighbours filled in by a second write), then the
+  // chain pointers, then the page that makes them reachable.
+  for (size_t i = isRoot ? 0 : 1; i < parts.size(); ++i)
     parts[i].number = allocate_(BuildIndexPage(parts[i], tdef_, file_.pageSize()));
-  }
   if (!isRoot) parts[0].number = number;
   for (size_t i = 0; i < parts.size(); ++i) {
     parts[i].prev = i == 0 ? (isRoot ? 0 : page.prev) : parts[i - 1].number;
     parts[i].next = i + 1 < parts.size() ? parts[i + 1].number : (isRoot ? 0 : page.next);
   }
-  for (size_t i = parts.size(); i-- > 0;)
-    if (i > 0 || isRoot) Write(parts[i]);
+  for (size_t i = parts.size(); i-- > 1;) Write(parts[i]);
   if (!isRoot) {
     Relink(page.next, true, parts.back().number);
     Write(parts[0]);
     return parts;
   }
-  // The root keeps its number and becomes the node above the parts.
+  Write(parts[0]);
   IndexPage root;
   root.number = root_;
   root.leaf = false;
-  for (size_t i = 0; i + 1 < parts.size(); ++i) {
-    IndexEntry e = LastEntryBelow(parts[i], depth + 1);
-    e.child = parts[i].number;
-    root.entries.push_back(e);
-  }
-  root.tail = parts.back().number;
+  ReplaceChild(root, 0, true, parts, depth);
   Write(root);
   return {root};
+}
+
+std::vector<IndexPage> IndexTree::InsertBelow(uint32_t number, const IndexEntry& entry, int depth) {
+  if (depth > kMaxDepth) ThrowCorrupt(file_.path());
+  IndexPage page = ReadIndexPage(file_, number);
+  bool appending = false;
+  if (page.leaf) {
+    auto at = std::lower_bound(page.entries.begin(), page.entries.end(), entry);
+    appending = at == page.entries.end() && page.next == 0;
+    page.entries.insert(at, entry);
+  } else {
+    size_t slot = ChildSlot(page, entry);
+    bool viaTail = slot >= page.entries.size() && page.tail != 0;
+    if (slot >= page.entries.size() && !viaTail) {  // a node without tail
+      if (page.entries.empty()) ThrowCorrupt(file_.path());
+      slot = page.entries.size() - 1;
+    }
+    std::vector<IndexPage> parts = InsertBelow(viaTail ? page.tail : page.entries[slot].child, entry, depth + 1);
+    ReplaceChild(page, slot, viaTail, parts, depth);
+  }
+  return Store(std::move(page), appending, depth);
 }
 
 bool IndexTree::Insert(const Bytes& key, uint32_t rowPointer) {
@@ -334,13 +353,13 @@ bool IndexTree::Insert(const Bytes& key, uint32_t rowPointer) {
   return fresh;
 }
 
-IndexPage IndexTree::RemoveBelow(uint32_t number, const IndexEntry& entry, bool& found, int depth) {
+std::vector<IndexPage> IndexTree::RemoveBelow(uint32_t number, const IndexEntry& entry, bool& found, int depth) {
   if (depth > kMaxDepth) ThrowCorrupt(file_.path());
   IndexPage page = ReadIndexPage(file_, number);
   const bool isRoot = number == root_;
   if (page.leaf) {
     auto at = std::lower_bound(page.entries.begin(), page.entries.end(), entry);
-    if (at == page.entries.end() || !at->SameKeyAndRow(entry)) return page;
+    if (at == page.entries.end() || !at->SameKeyAndRow(entry)) return {page};
     found = true;
     page.entries.erase(at);
   } else {
@@ -351,33 +370,18 @@ IndexPage IndexTree::RemoveBelow(uint32_t number, const IndexEntry& entry, bool&
       slot = page.entries.size() - 1;
       viaTail = false;
     }
-    IndexPage child = RemoveBelow(viaTail ? page.tail : page.entries[slot].child, entry, found, depth + 1);
-    if (!found) return page;
-    const bool childGone = child.entries.empty() && child.tail == 0;
-    if (childGone && viaTail) {
-      if (page.entries.empty()) {
-        page.tail = 0;
-      } else {
-        page.tail = page.entries.back().child;
-        page.entries.pop_back();
-      }
-    } else if (childGone) {
-      page.entries.erase(page.entries.begin() + long(slot));
-    } else if (!viaTail && page.entries[slot].SameKeyAndRow(entry)) {
-      // The child's last entry went: its entry here names the new last one.
-      IndexEntry last = LastEntryBelow(child, depth + 1);
-      page.entries[slot].key = last.key;
-      page.entries[slot].pointer = last.pointer;
-    } else {
-      return page;  // nothing here changes
-    }
+    std::vector<IndexPage> parts =
+        RemoveBelow(viaTail ? page.tail : page.entries[slot].child, entry, found, depth + 1);
+    if (!found) return {page};
+    // Only a gone child, or a child that lost its last entry, changes this node.
+    if (!parts.empty() && parts.size() == 1 && (viaTail || !page.entries[slot].SameKeyAndRow(entry))) return {page};
+    ReplaceChild(page, slot, viaTail, parts, depth);
   }
-  const bool empty = page.entries.empty() && page.tail == 0;
-  if (empty && !isRoot) {
+  if (page.entries.empty() && page.tail == 0 && !isRoot) {
     Relink(page.prev, false, page.next);
     Relink(page.next, true, page.prev);
     release_(number);
-    return page;
+    return {};
   }
   if (isRoot && !page.leaf && page.entries.empty()) {
     // A root with a single child takes the child's place (the child is the
@@ -390,13 +394,10 @@ IndexPage IndexTree::RemoveBelow(uint32_t number, const IndexEntry& entry, bool&
       page = ReadIndexPage(file_, only);
       page.number = root_;
       page.prev = page.next = 0;
-      Write(page);
       release_(only);
-      return page;
     }
   }
-  Write(page);
-  return page;
+  return Store(std::move(page), false, depth);
 }
 
 bool IndexTree::Remove(const Bytes& key, uint32_t rowPointer) {

@@ -62,6 +62,8 @@ class IndexTree {
 
   IndexTree(PageFile& file, uint32_t tableDefPage, uint32_t rootPage, Allocate allocate, Release release);
 
+  PageFile& file() const { return file_; }
+
   // ---- read ----
   /// Every leaf entry in order, along the leaf chain from the first leaf.
   std::vector<IndexEntry> Entries();
@@ -76,11 +78,12 @@ class IndexTree {
   bool Remove(const Bytes& key, uint32_t rowPointer);
 
  private:
-  struct Split;
   /// Inserts below `page`; returns the pages that now stand where it stood.
   std::vector<IndexPage> InsertBelow(uint32_t page, const IndexEntry& entry, int depth);
-  /// Removes below `page`; returns the page afterwards (no entries and no tail: it is gone).
-  IndexPage RemoveBelow(uint32_t page, const IndexEntry& entry, bool& found, int depth);
+  /// Removes below `page`; returns the pages that now stand where it stood (none: it is gone).
+  std::vector<IndexPage> RemoveBelow(uint32_t page, const IndexEntry& entry, bool& found, int depth);
+  void ReplaceChild(IndexPage& node, size_t slot, bool viaTail, const std::vector<IndexPage>& parts, int depth);
+  std::vector<IndexPage> Store(IndexPage page, bool appending, int depth);
   /// The leaf that holds the first entry not below `probe`, and that entry's position.
   IndexPage FindLeaf(const IndexEntry& probe, size_t& position);
   std::vector<IndexPage> SplitPage(IndexPage page, bool appending);

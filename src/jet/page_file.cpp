@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 
+#include "jet/data_page.h"
 #include "jet/jet_errors.h"
 
 namespace bw::jet {
@@ -30,6 +31,11 @@ constexpr size_t kJet3SortOrderOffset = 0x3A;
 constexpr size_t kJet4SortOrderOffset = 0x6E;
 constexpr size_t kCreationDateOffset = 0x72;
 constexpr char kMagic[] = "Standard Jet DB";
+constexpr size_t kPageZeroTableOffset = 0xE00;
+constexpr size_t kPageZeroTableEntries = 256;
+// The dates an OLE date can hold: 1 January 100 to 31 December 9999.
+constexpr double kFirstOleDate = -657434.0;
+constexpr double kLastOleDate = 2958466.0;
 
 std::atomic<int> g_writesLeft{-1};
 std::atomic<int> g_writesBeforeFailure{-1};
@@ -59,12 +65,15 @@ void ApplyHeaderMask(Bytes& page, size_t length) {
   for (size_t i = 0; i < length; ++i) page[kHeaderMaskStart + i] ^= mask[i];
 }
 
-/// Jet 4 also masks the password with the whole days of the creation date.
+/// Jet 4 also masks the password with the whole days of the creation date
+/// (which must be a date: see IsOleDate).
 std::array<uint8_t, 4> DateMask(double creationDate) {
   std::array<uint8_t, 4> m;
   Put32(m.data(), uint32_t(int32_t(creationDate)));
   return m;
 }
+
+bool IsOleDate(double d) { return d >= kFirstOleDate && d < kLastOleDate; }
 
 }  // namespace
 
@@ -179,6 +188,7 @@ void PageFile::ReadHeader() {
   if (jet4()) {
     header_.sortOrder = Get32(&page[kJet4SortOrderOffset]);
     header_.creationDate = GetDouble(&page[kCreationDateOffset]);
+    if (!IsOleDate(header_.creationDate)) ThrowUnrecognizedFormat(path_);
     auto dm = DateMask(header_.creationDate);
     for (size_t i = 0; i < kJet4PasswordLength; i += 2) {
       char16_t c = char16_t((page[kPasswordOffset + i] ^ dm[i % 4]) |
@@ -205,7 +215,9 @@ const Bytes& PageFile::Page(uint32_t number) {
   if (slot.empty()) {
     slot.resize(pageSize_);
     ssize_t got = ::pread(fd_, slot.data(), pageSize_, off_t(number) * off_t(pageSize_));
-    if (got != ssize_t(pageSize_)) {
+    // Everything later reads a data page's rows through its row table: a
+    // table that leaves the page, or rows that overlap, are damage.
+    if (got != ssize_t(pageSize_) || (slot[0] == page_type::kData && !SlotsAreSound(slot, jet4()))) {
       slot.clear();
       ThrowCorrupt(path_);
     }
@@ -272,6 +284,11 @@ Bytes BuildJet4HeaderPage(const DatabaseHeader& header) {
   // After the masked area: a code-page word and the engine version text.
   Put32(&page[0x98], 0x0654);
   std::memcpy(&page[0x9C], "4.0", 4);
+  // The last 512 bytes: a table of 256 two-byte entries, not masked. A file
+  // Access 2000 has just made holds 0x0101 in the first and 0x0100 in every
+  // other (Access moves the first two as it uses the file).
+  for (size_t i = 0; i < kPageZeroTableEntries; ++i)
+    Put16(&page[kPageZeroTableOffset + 2 * i], i == 0 ? 0x0101 : 0x0100);
   return page;
 }
 

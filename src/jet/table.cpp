@@ -1,6 +1,7 @@
 #include "jet/table.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "jet/data_page.h"
 #include "jet/database.h"
@@ -110,7 +111,10 @@ Bytes Table::ReadLongValue(const uint8_t* header) {
   RowId at = RowId::FromPacked(Get32(header + 4));
   Bytes out;
   bool single = head & kLongValueSinglePage;
-  for (int guard = 0; guard < 1 << 20 && out.size() < total; ++guard) {
+  // A chain that comes back to a row it has passed would never end.
+  std::unordered_set<uint32_t> passed;
+  while (out.size() < total) {
+    if (!passed.insert(at.Packed()).second) ThrowCorrupt(f.path());
     if (at.page == 0 || at.page >= f.pageCount()) break;
     const Bytes& pg = f.Page(at.page);
     if (pg[0] != page_type::kData || at.row >= SlotCount(pg, j4)) break;
@@ -382,6 +386,7 @@ void Table::Rewrite(RowId id, const std::vector<Value>& values) {
   Bytes pointer(4);
   Put32(pointer.data(), moved.Packed());
   home[id.row] = Slot{row_flag::kOverflow, pointer};
+  if (SpaceNeeded(home, true) > f.pageSize()) ThrowCorrupt(f.path());  // only a damaged page is this full
   f.WritePage(id.page, BuildDataPage(true, f.pageSize(), def_.page, home));
   if (!(at == id)) {
     auto prev = ReadSlots(f.Page(at.page), true);

@@ -97,7 +97,8 @@ TableDef ReadTableDef(PageFile& file, uint32_t page) {
     def.freePagesMap = RowId::FromPacked(Get32(&b[39]));
     pos = 43 + 8 * size_t(def.realIndexCount);
   }
-  if (def.realIndexCount > 1000 || def.logicalIndexCount > 1000) ThrowCorrupt(file.path());
+  // Access allows 255 columns to a table (deleted ones included until compacted).
+  if (def.realIndexCount > 1000 || def.logicalIndexCount > 1000 || numColumns > 255) ThrowCorrupt(file.path());
   const size_t entry = j4 ? kJet4ColumnEntry : kJet3ColumnEntry;
   need(pos + entry * numColumns);
   for (uint16_t i = 0; i < numColumns; ++i, pos += entry) {

@@ -45,6 +45,15 @@ std::string DeviceStem(const LircRemote& remote, const std::string& sourceFile) 
   return stem;
 }
 
+/// The model name: the remote's, with the number that told it apart from another
+/// remote of its name in the same import (the database keeps models apart by name).
+std::string ModelName(const LircRemote& remote, const std::string& stem, const std::string& sourceFile) {
+  const std::string base = DeviceStem(remote, sourceFile);
+  std::string model = LineSafe(remote.name);
+  if (stem.size() > base.size() && stem.compare(0, base.size(), base) == 0) model += stem.substr(base.size());
+  return model;
+}
+
 std::string Manufacturer(const std::string& sourceFile) {
   std::string folder = fs::absolute(fs::path(sourceFile)).parent_path().filename().string();
   folder = LineSafe(folder);
@@ -106,11 +115,11 @@ class ScratchFolder {
   fs::path path_;
 };
 
-/// True when another protocol file of `folder` than `ownFile` answers to `name`.
-std::string ProtocolNameTakenBy(const fs::path& folder, const std::string& name, const std::string& ownFile) {
-  const std::string wanted = RemoveBlanks(name);
+/// The protocol names (blanks removed, upper case) that the protocol files of
+/// `folder` answer to, with the file that answers.
+std::map<std::string, std::string> ProtocolNamesIn(const fs::path& folder) {
+  std::map<std::string, std::string> names;
   for (const std::string& file : ListFolder(folder, ".irp")) {
-    if (UCase(file) == UCase(ownFile)) continue;
     try {
       TextFileReader reader(folder / file);
       std::string line;
@@ -118,14 +127,14 @@ std::string ProtocolNameTakenBy(const fs::path& folder, const std::string& name,
         for (const char* separator : {"=", " "}) {
           std::string rest = line;
           const std::string keyword = RemoveBlanks(GetToken(rest, separator));
-          if ((keyword == "FORMAT" || keyword == "PROTOCOL") && RemoveBlanks(rest) == wanted) return file;
+          if (keyword == "FORMAT" || keyword == "PROTOCOL") names.emplace(RemoveBlanks(rest), file);
         }
       }
     } catch (const RunTimeError&) {
       // An unreadable file answers to nothing.
     }
   }
-  return {};
+  return names;
 }
 
 /// Writes `text` as folder/name, replacing a file whose name differs only in case.
@@ -236,7 +245,8 @@ std::string Hex(uint64_t v) {
 
 }  // namespace
 
-std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::string& sourceFile) {
+std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::string& sourceFile, bool heldFrames,
+                                            const std::string& stem) {
   if (r.IsRaw()) return std::nullopt;
   const BitShape shape = ShapeOf(r);
   const int64_t p1 = static_cast<int64_t>(r.Number("one", 0)), s1 = static_cast<int64_t>(r.Number("one", 1));
@@ -262,19 +272,21 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
     if (shape.doubleMask >> (all - i - 1) & 1) preIsDeviceCode = false;
 
   DialectFiles files;
-  files.stem = DeviceStem(r, sourceFile);
+  files.stem = stem.empty() ? DeviceStem(r, sourceFile) : stem;
   files.protocolName = "LIRC " + files.stem;
   const std::string origin = LineSafe(fs::path(sourceFile).filename().string());
   const std::string remoteName = LineSafe(r.name);
 
   std::vector<std::string> defines;  // "NAME = value"
   std::vector<std::string> items;
-  auto pairItem = [&](const char* name, const char* first, const char* second, bool markFirst) {
+  // A pair is a named block of its own, so that the device can empty it for held frames.
+  auto pairItem = [&](const char* name, const char* block, const char* first, const char* second, bool markFirst) {
     if (!(r.Number(name, 0) && r.Number(name, 1))) return;
     const int64_t mark = static_cast<int64_t>(r.Number(name, 0)), space = -static_cast<int64_t>(r.Number(name, 1));
     defines.push_back(std::string(first) + " = " + std::to_string(markFirst ? mark : space));
     defines.push_back(std::string(second) + " = " + std::to_string(markFirst ? space : mark));
-    items.push_back(std::string("[") + first + " " + second + "]");
+    defines.push_back(std::string(block) + " = [" + first + " " + second + "]");
+    items.push_back(block);
   };
   auto markItem = [&](const char* parameter, const char* name) {
     if (uint64_t d = r.Number(parameter)) {
@@ -288,11 +300,17 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
     defines.push_back("LONGMARK0 = " + std::to_string(2 * p0));
     defines.push_back("LONGSPACE0 = " + std::to_string(-2 * s0));
   }
-  pairItem("header", "HEADMARK", "HEADSPACE", true);
+  pairItem("header", "HEADER", "HEADMARK", "HEADSPACE", true);
+  const bool repeatCode = r.Number("repeat", 0) && r.Number("repeat", 1);
+  if (heldFrames && repeatCode && !(r.Number("header", 0) && r.Number("header", 1))) {
+    // The held frames' repeat code goes where a header would be.
+    defines.push_back("HEADER = []");
+    items.push_back("HEADER");
+  }
   markItem("plead", "LEADMARK");
   if (preIsDeviceCode) items.push_back("D:" + std::to_string(shape.preBits));
   else ConstantItems(SentBits(pre, shape.preBits, reverse), 0, shape, reverse, items);
-  pairItem("pre", "PREMARK", "PRESPACE", true);
+  pairItem("pre", "PREPULSE", "PREMARK", "PRESPACE", true);
   if (shape.bits <= 31) {
     items.push_back("F:" + std::to_string(shape.bits));
   } else if (reverse) {
@@ -302,10 +320,10 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
     items.push_back("D:" + std::to_string(shape.bits - 31));
     items.push_back("F:31");
   }
-  pairItem("post", "POSTMARK", "POSTSPACE", true);
+  pairItem("post", "POSTPULSE", "POSTMARK", "POSTSPACE", true);
   ConstantItems(SentBits(post, shape.postBits, reverse), shape.preBits + shape.bits, shape, reverse, items);
   markItem("ptrail", "TRAILMARK");
-  pairItem("foot", "FOOTSPACE", "FOOTMARK", false);
+  pairItem("foot", "FOOT", "FOOTSPACE", "FOOTMARK", false);
   const int64_t gap = static_cast<int64_t>(r.Number("gap"));
   if (r.Has("CONST_LENGTH")) {
     // A zero-length burst first, so the pad always follows a burst: it then
@@ -326,6 +344,42 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
   for (const std::string& item : items) form += (form.empty() ? "" : ",") + item;
   const bool repeats = RepeatsFirstFrame(r);
 
+  // Held frames that differ from the first: the device file redefines the
+  // blocks (and with a repeat code the bit pairs, to nothing) for the repeated
+  // part, and its keys name the protocol so that their first frame is built
+  // from the protocol file as written. A Slink-e file, whose run drops a
+  // repeat form equal to the once form, keeps the press alone.
+  std::vector<std::string> held;  // device header lines
+  const std::string codeName = RemoveBlanks(files.protocolName);
+  if (!repeats && heldFrames) {
+    if (codeName.find_first_of(",;=") != std::string::npos) return std::nullopt;
+    const bool header = r.Number("header", 0) && r.Number("header", 1);
+    if (repeatCode) {
+      defines.push_back("REPMARK = " + std::to_string(r.Number("repeat", 0)));
+      defines.push_back("REPSPACE = " + std::to_string(-static_cast<int64_t>(r.Number("repeat", 1))));
+      held.push_back(std::string("DEFINE HEADER = [") + (header && r.Has("REPEAT_HEADER") ? "HEADMARK HEADSPACE " : "") +
+                     "REPMARK REPSPACE]");
+      held.push_back("ONE = 0,0");
+      held.push_back("ZERO = 0,0");
+      for (const char* block : {"PREPULSE", "POSTPULSE", "FOOT"})
+        if (std::find(items.begin(), items.end(), block) != items.end()) held.push_back(std::string("DEFINE ") + block + " = []");
+      if (shape.kind == BitShape::RC6)
+        for (const char* name : {"LONGMARK1", "LONGSPACE1", "LONGMARK0", "LONGSPACE0"})
+          held.push_back(std::string("DEFINE ") + name + " = 0");
+    } else {
+      if (header && r.Has("NO_HEAD_REP")) held.push_back("DEFINE HEADER = []");
+      if (r.Number("foot", 0) && r.Number("foot", 1) && r.Has("NO_FOOT_REP")) held.push_back("DEFINE FOOT = []");
+    }
+    const std::vector<int32_t> frame = RepeatFrame(r, r.codes.front().name);
+    if (r.Has("CONST_LENGTH")) {
+      int64_t total = 0;
+      for (int32_t d : frame) total += d < 0 ? -int64_t{d} : d;
+      held.push_back("DEFINE FRAME = ^" + std::to_string(total));
+    } else if (!frame.empty() && frame.back() < 0) {
+      held.push_back("DEFINE GAPSPACE = " + std::to_string(frame.back()));
+    }
+  }
+
   int64_t one[2] = {p1, -s1}, zero[2] = {p0, -s0};
   if (shape.kind == BitShape::SpaceFirst || shape.kind == BitShape::Biphase || shape.kind == BitShape::RC6) {
     one[0] = -s1;
@@ -344,29 +398,36 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
                           : "The function code is the key code.")
       << kCrLf;
   if (shape.toggleMask) irp << "' Toggle bits are sent set, as on a first press; the device's codes include them." << kCrLf;
-  if (!repeats) irp << "' A held key sends other frames; only the press is kept here." << kCrLf;
+  if (!repeats && held.empty()) irp << "' A held key sends other frames; only the press is kept here." << kCrLf;
+  if (!held.empty()) irp << "' A held key sends other frames: the device file says how they differ." << kCrLf;
   irp << "PROTOCOL = " << files.protocolName << kCrLf << "MODULATION = PPM" << kCrLf
       << "BITORDER = " << (reverse ? "LSB" : "MSB") << kCrLf << "FREQUENCY = " << CarrierFrequency(r) << kCrLf
       << "TIMEBASE = " << kFieldTimeBase << kCrLf << "REPEAT = 1" << kCrLf << "ONE = " << InTimeBase(one[0]) << ","
       << InTimeBase(one[1]) << kCrLf << "ZERO = " << InTimeBase(zero[0]) << "," << InTimeBase(zero[1]) << kCrLf;
   for (const std::string& d : defines) irp << "DEFINE " << d << kCrLf;
   irp << "FORM = " << form;
-  if (repeats) irp << ";" << form;
+  if (repeats || !held.empty()) irp << ";" << form;
   irp << kCrLf;
   files.protocolText = irp.str();
 
   std::ostringstream dvc;
   dvc << "' Imported from the lircd.conf file " << origin << ", remote " << remoteName << "." << kCrLf
       << "MANUFACTURER = " << Manufacturer(sourceFile) << kCrLf << "DEVICE = Remote" << kCrLf
-      << "MODEL = " << remoteName << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "NUMBERBASE = HEX" << kCrLf
-      << "DEVICECODE = " << (preIsDeviceCode ? Hex(pre) : std::string("0x0")) << kCrLf << "[KEYCODES]" << kCrLf;
+      << "MODEL = " << ModelName(r, files.stem, sourceFile) << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "NUMBERBASE = HEX" << kCrLf
+      << "DEVICECODE = " << (preIsDeviceCode ? Hex(pre) : std::string("0x0")) << kCrLf;
+  if (!held.empty()) {
+    dvc << "' What a held key sends after the first frame. The keys name their protocol, so" << kCrLf
+        << "' that the first frame is built from the protocol file as it is written." << kCrLf;
+    for (const std::string& line : held) dvc << line << kCrLf;
+  }
+  dvc << "[KEYCODES]" << kCrLf;
   int index = 0;
   for (const LircCode& c : r.codes) {
     std::string label = KeyLabel(c.name);
     ++index;
     if (label.empty()) label = "KEY " + std::to_string(index);
     const uint64_t code = part(c.code, shape.postBits, shape.bits);
-    dvc << LabelField(label) << " = ";
+    dvc << LabelField(label) << " = " << (held.empty() ? std::string() : codeName + ":");
     if (shape.bits <= 31) dvc << Hex(code);
     else dvc << Hex(code >> 31) << "," << Hex(code & 0x7FFFFFFF);
     dvc << kCrLf;
@@ -376,9 +437,9 @@ std::optional<DialectFiles> WriteFieldFiles(const LircRemote& r, const std::stri
   return files;
 }
 
-DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile) {
+DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile, const std::string& stem) {
   DialectFiles files;
-  files.stem = DeviceStem(remote, sourceFile);
+  files.stem = stem.empty() ? DeviceStem(remote, sourceFile) : stem;
   files.protocolName = "LIRC " + files.stem;
   const std::string origin = LineSafe(fs::path(sourceFile).filename().string());
   const std::string remoteName = LineSafe(remote.name);
@@ -400,7 +461,7 @@ DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFi
   std::ostringstream dvc;
   dvc << "' Imported from the lircd.conf file " << origin << ", remote " << remoteName << "." << kCrLf
       << "MANUFACTURER = " << Manufacturer(sourceFile) << kCrLf << "DEVICE = Remote" << kCrLf
-      << "MODEL = " << remoteName << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "DEVICECODE = 0" << kCrLf
+      << "MODEL = " << ModelName(remote, files.stem, sourceFile) << kCrLf << "PROTOCOL = " << files.protocolName << kCrLf << "DEVICECODE = 0" << kCrLf
       << "[KEYCODES]" << kCrLf;
   int index = 0;
   for (const std::string& name : remote.KeyNames()) {
@@ -446,12 +507,16 @@ std::string VerifyDialectFiles(const LircRemote& remote, const DialectFiles& fil
         const BurstSequence& b = p.Burst;
         const std::vector<int32_t> frame = FirstFrame(remote, names[k - 1]);
         const std::vector<int64_t> want(frame.begin(), frame.end());
-        const std::vector<int64_t> once = Joined(b.BurstDurations, 1, b.OnceCount);
         const int count = output == 1 ? b.TotalCount : b.OnceCount;
         const std::vector<int64_t> got = Joined(b.BurstDurations, 1, count);
         if (got != want) return names[k - 1] + " sends " + Describe(got) + " instead of " + Describe(want);
-        if (output == 0 && !repeatForm.empty() && Joined(b.BurstDurations, b.OnceCount + 1, b.RepeatPartCount) != once)
-          return names[k - 1] + " repeats another frame";
+        if (output == 0 && !repeatForm.empty()) {
+          const std::vector<int32_t> held = RepeatFrame(remote, names[k - 1]);
+          const std::vector<int64_t> heldWant(held.begin(), held.end());
+          const std::vector<int64_t> heldGot = Joined(b.BurstDurations, b.OnceCount + 1, b.RepeatPartCount);
+          if (heldGot != heldWant)
+            return names[k - 1] + " repeats " + Describe(heldGot) + " instead of " + Describe(heldWant);
+        }
       }
     }
   } catch (const RunTimeError& e) {
@@ -465,6 +530,8 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
                                           const ImportOptions& options) {
   std::vector<ImportResult> results;
   std::map<std::string, std::string> writtenBy;  // upper-cased stem -> file it came from in this run
+  std::set<std::string> runProtocols;            // protocol names written in this run, blanks removed
+  std::map<std::string, std::string> protocols = ProtocolNamesIn(folder);
   for (const std::string& path : paths) {
     std::vector<LircRemote> remotes;
     try {
@@ -496,24 +563,30 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
         results.push_back(r);
         continue;
       }
+      // Remotes of one name imported in one run are told apart by a number.
+      const std::string base = DeviceStem(remote, path);
+      std::string stem = base;
+      for (int n = 2; writtenBy.count(UCase(stem)) || runProtocols.count(RemoveBlanks("LIRC " + stem)); ++n)
+        stem = base + " " + std::to_string(n);
+
       DialectFiles files;
       std::string wrong;
       // Fields where the dialect can send them exactly, else every key's durations.
-      std::optional<DialectFiles> fields = WriteFieldFiles(remote, path);
+      std::optional<DialectFiles> fields = WriteFieldFiles(remote, path, true, stem);
+      if (fields && !VerifyDialectFiles(remote, *fields).empty()) fields = WriteFieldFiles(remote, path, false, stem);
       if (fields && VerifyDialectFiles(remote, *fields).empty()) {
         files = *fields;
       } else {
-        files = WriteRawFiles(remote, path);
+        files = WriteRawFiles(remote, path, stem);
         wrong = VerifyDialectFiles(remote, files);
       }
       const std::string device = UCase(files.stem);
       const std::string dvcName = files.stem + ".dvc", irpName = files.stem + ".irp";
-      if (auto it = writtenBy.find(device); it != writtenBy.end()) {
-        r.reason = "device " + device + " was imported from " + it->second + " already";
-      } else if (!options.overwrite && (FindFileIgnoringCase(folder, dvcName) || FindFileIgnoringCase(folder, irpName))) {
+      auto taken = protocols.find(RemoveBlanks(files.protocolName));
+      if (!options.overwrite && (FindFileIgnoringCase(folder, dvcName) || FindFileIgnoringCase(folder, irpName))) {
         r.reason = "device " + device + " exists in " + folder.string() + " (--yes replaces it)";
-      } else if (std::string other = ProtocolNameTakenBy(folder, files.protocolName, irpName); !other.empty()) {
-        r.reason = "protocol " + files.protocolName + " is taken by " + (folder / other).string();
+      } else if (taken != protocols.end() && UCase(taken->second) != UCase(irpName)) {
+        r.reason = "protocol " + files.protocolName + " is taken by " + (folder / taken->second).string();
       } else if (!wrong.empty()) {
         r.reason = "it cannot be written exactly: " + wrong;
       }
@@ -524,6 +597,8 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
           r.device = device;
           r.keys = files.keys;
           writtenBy[device] = path;
+          runProtocols.insert(RemoveBlanks(files.protocolName));
+          protocols[RemoveBlanks(files.protocolName)] = irpName;
         } catch (const RunTimeError& e) {
           r.reason = "writing " + (folder / dvcName).string() + " fails: " + e.description();
         }

@@ -53,7 +53,8 @@ struct DialectFiles {
 
 // ---- importing ----
 
-/// Imports every remote of every file into `folder` (which must exist).
+/// Imports every remote of every file into `folder` (which must exist). Remotes
+/// of one name in one run get the numbers 2, 3, ... behind it.
 std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths, const std::filesystem::path& folder,
                                           const ImportOptions& options = {});
 
@@ -62,12 +63,15 @@ std::vector<ImportResult> ImportLircFiles(const std::vector<std::string>& paths,
 /// The two files of `remote` (read from `sourceFile`, whose folder names the
 /// manufacturer) as a protocol of its own: header, pre_data and the other
 /// fixed parts in the form, each key's code as its device and function codes.
-/// Nothing when its bits cannot be written that way (XMP, zero-length halves,
-/// RC6 long bits inside the key code, codes of more than 62 bits).
-std::optional<DialectFiles> WriteFieldFiles(const LircRemote& remote, const std::string& sourceFile);
+/// With `heldFrames`, what a held key sends goes into the repeated part even
+/// where it differs from the first frame. Nothing when its bits cannot be
+/// written that way (XMP, zero-length halves, RC6 long bits inside the key
+/// code, codes of more than 62 bits).
+std::optional<DialectFiles> WriteFieldFiles(const LircRemote& remote, const std::string& sourceFile,
+                                            bool heldFrames = true, const std::string& stem = {});
 /// The two files of `remote` with every key's durations written out in its key
 /// line; for raw remotes and whatever the fields cannot send exactly.
-DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile);
+DialectFiles WriteRawFiles(const LircRemote& remote, const std::string& sourceFile, const std::string& stem = {});
 
 /// Loads the two files from a scratch library and generates every key for the
 /// Pronto and the Slink-e outputs; empty when each equals `FirstFrame`, else

@@ -278,16 +278,14 @@ void SendBits(SendBuffer& b, const LircRemote& r, Encoding e, uint64_t value, un
 /// A pair parameter (header, foot, pre, post, repeat) is sent only when both its numbers are.
 bool HasPair(const LircRemote& r, const std::string& name) { return r.Number(name, 0) && r.Number(name, 1); }
 
-/// The closing space of a frame whose written part is `b`: the gap, or with
-/// CONST_LENGTH what the gap leaves of the frame (a header left out of repeats
-/// does not count into it).
-std::vector<int32_t> Close(const LircRemote& r, SendBuffer& b, uint64_t headerLength) {
+/// The closing space of a frame whose written part is `b`: `gap`, or with
+/// `padTo` what that leaves of a frame `padTo` long. `uncounted` (a header that
+/// repeats leave out) does not count into the frame.
+std::vector<int32_t> Close(SendBuffer& b, uint64_t gap, bool pad, uint64_t uncounted) {
   b.Finish();
-  const uint64_t gap = r.Number("gap");
   uint64_t space = gap;
-  if (r.Has("CONST_LENGTH")) {
-    uint64_t sum = b.Sum();
-    if (r.Has("NO_HEAD_REP")) sum -= std::min(sum, headerLength);
+  if (pad) {
+    const uint64_t sum = b.Sum() - std::min(b.Sum(), uncounted);
     if (gap > sum) space = gap - sum;
   }
   std::vector<uint64_t>& entries = b.Entries();
@@ -300,6 +298,83 @@ std::vector<int32_t> Close(const LircRemote& r, SendBuffer& b, uint64_t headerLe
     out.push_back(i % 2 == 0 ? static_cast<int32_t>(d) : -static_cast<int32_t>(d));
   }
   return out;
+}
+
+/// One frame of a key: the first of a press, or (`repeat`) one sent while it is held.
+std::vector<int32_t> KeyFrame(const LircRemote& r, const std::string& key, bool repeat) {
+  SendBuffer b;
+  const bool constLength = r.Has("CONST_LENGTH");
+  // Repeats end with their own gap where the remote gives one.
+  const uint64_t gap = repeat && r.Number("repeat_gap") ? r.Number("repeat_gap") : r.Number("gap");
+  const bool pad = constLength && !(repeat && r.Number("repeat_gap"));
+  if (r.IsRaw()) {
+    auto it = std::find_if(r.rawCodes.begin(), r.rawCodes.end(), [&](const LircRawCode& c) { return c.name == key; });
+    if (it == r.rawCodes.end()) return {};
+    for (std::size_t i = 0; i < it->durations.size(); ++i) {
+      if (i % 2 == 0) b.Mark(it->durations[i]);
+      else b.Space(it->durations[i]);
+    }
+    return Close(b, gap, pad, 0);
+  }
+  auto it = std::find_if(r.codes.begin(), r.codes.end(), [&](const LircCode& c) { return c.name == key; });
+  if (it == r.codes.end()) return {};
+
+  const bool header = HasPair(r, "header") && !(repeat && r.Has("NO_HEAD_REP"));
+  const uint64_t headerLength = HasPair(r, "header") ? r.Number("header", 0) + r.Number("header", 1) : 0;
+  if (repeat && HasPair(r, "repeat")) {
+    // The repeat code: the header only where the remote asks for it, then the
+    // lead, the repeat pair and the trail.
+    if (HasPair(r, "header") && r.Has("REPEAT_HEADER")) {
+      b.Mark(r.Number("header", 0));
+      b.Space(r.Number("header", 1));
+    }
+    if (uint64_t lead = r.Number("plead")) b.Mark(lead);
+    b.Mark(r.Number("repeat", 0));
+    b.Space(r.Number("repeat", 1));
+    if (uint64_t trail = r.Number("ptrail")) b.Mark(trail);
+    return Close(b, gap, pad, 0);
+  }
+
+  const Frame f{static_cast<unsigned>(r.Number("pre_data_bits")), static_cast<unsigned>(r.Number("bits")),
+                static_cast<unsigned>(r.Number("post_data_bits"))};
+  const Encoding e = EncodingOf(r);
+  const uint64_t toggle = ToggleMask(r, f);
+  uint64_t rc6Mask = r.Number("rc6_mask");
+  if (e == Encoding::RC6 && rc6Mask == 0) rc6Mask = toggle;
+
+  // The whole frame's data as one number; a first press sends its toggle bits set.
+  const uint64_t pre = LowBits(r.Number("pre_data"), f.preBits);
+  const uint64_t code = LowBits(it->code, f.bits);
+  const uint64_t post = LowBits(r.Number("post_data"), f.postBits);
+  uint64_t all = post;
+  if (f.bits + f.postBits < 64) all |= pre << (f.bits + f.postBits);
+  if (f.postBits < 64) all |= code << f.postBits;
+  all |= toggle;
+
+  if (header) {
+    b.Mark(r.Number("header", 0));
+    b.Space(r.Number("header", 1));
+  }
+  if (uint64_t lead = r.Number("plead")) b.Mark(lead);
+  auto field = [&](unsigned shift, unsigned n) { return n == 0 ? 0 : LowBits(shift >= 64 ? 0 : all >> shift, n); };
+  SendBits(b, r, e, field(f.bits + f.postBits, f.preBits), f.preBits, 0, f, rc6Mask);
+  if (HasPair(r, "pre")) {
+    b.Mark(r.Number("pre", 0));
+    b.Space(r.Number("pre", 1));
+  }
+  SendBits(b, r, e, field(f.postBits, f.bits), f.bits, f.preBits, f, rc6Mask);
+  if (HasPair(r, "post")) {
+    b.Mark(r.Number("post", 0));
+    b.Space(r.Number("post", 1));
+  }
+  SendBits(b, r, e, field(0, f.postBits), f.postBits, f.preBits + f.bits, f, rc6Mask);
+  if (uint64_t trail = r.Number("ptrail")) b.Mark(trail);
+  if (HasPair(r, "foot") && !(repeat && r.Has("NO_FOOT_REP"))) {
+    b.Space(r.Number("foot", 1));
+    b.Mark(r.Number("foot", 0));
+  }
+  // A header that repeats leave out does not count into a padded first frame.
+  return Close(b, gap, pad, header && r.Has("NO_HEAD_REP") ? headerLength : 0);
 }
 
 }  // namespace
@@ -329,62 +404,9 @@ int32_t CarrierFrequency(const LircRemote& r) {
   return static_cast<int32_t>(f);
 }
 
-std::vector<int32_t> FirstFrame(const LircRemote& r, const std::string& key) {
-  SendBuffer b;
-  if (r.IsRaw()) {
-    auto it = std::find_if(r.rawCodes.begin(), r.rawCodes.end(), [&](const LircRawCode& c) { return c.name == key; });
-    if (it == r.rawCodes.end()) return {};
-    for (std::size_t i = 0; i < it->durations.size(); ++i) {
-      if (i % 2 == 0) b.Mark(it->durations[i]);
-      else b.Space(it->durations[i]);
-    }
-    return Close(r, b, 0);
-  }
-  auto it = std::find_if(r.codes.begin(), r.codes.end(), [&](const LircCode& c) { return c.name == key; });
-  if (it == r.codes.end()) return {};
+std::vector<int32_t> FirstFrame(const LircRemote& r, const std::string& key) { return KeyFrame(r, key, false); }
 
-  const Frame f{static_cast<unsigned>(r.Number("pre_data_bits")), static_cast<unsigned>(r.Number("bits")),
-                static_cast<unsigned>(r.Number("post_data_bits"))};
-  const Encoding e = EncodingOf(r);
-  const uint64_t toggle = ToggleMask(r, f);
-  uint64_t rc6Mask = r.Number("rc6_mask");
-  if (e == Encoding::RC6 && rc6Mask == 0) rc6Mask = toggle;
-
-  // The whole frame's data as one number; a first press sends its toggle bits set.
-  const uint64_t pre = LowBits(r.Number("pre_data"), f.preBits);
-  const uint64_t code = LowBits(it->code, f.bits);
-  const uint64_t post = LowBits(r.Number("post_data"), f.postBits);
-  uint64_t all = post;
-  if (f.bits + f.postBits < 64) all |= pre << (f.bits + f.postBits);
-  if (f.postBits < 64) all |= code << f.postBits;
-  all |= toggle;
-
-  uint64_t headerLength = 0;
-  if (HasPair(r, "header")) {
-    b.Mark(r.Number("header", 0));
-    b.Space(r.Number("header", 1));
-    headerLength = r.Number("header", 0) + r.Number("header", 1);
-  }
-  if (uint64_t lead = r.Number("plead")) b.Mark(lead);
-  auto field = [&](unsigned shift, unsigned n) { return n == 0 ? 0 : LowBits(shift >= 64 ? 0 : all >> shift, n); };
-  SendBits(b, r, e, field(f.bits + f.postBits, f.preBits), f.preBits, 0, f, rc6Mask);
-  if (HasPair(r, "pre")) {
-    b.Mark(r.Number("pre", 0));
-    b.Space(r.Number("pre", 1));
-  }
-  SendBits(b, r, e, field(f.postBits, f.bits), f.bits, f.preBits, f, rc6Mask);
-  if (HasPair(r, "post")) {
-    b.Mark(r.Number("post", 0));
-    b.Space(r.Number("post", 1));
-  }
-  SendBits(b, r, e, field(0, f.postBits), f.postBits, f.preBits + f.bits, f, rc6Mask);
-  if (uint64_t trail = r.Number("ptrail")) b.Mark(trail);
-  if (HasPair(r, "foot")) {
-    b.Space(r.Number("foot", 1));
-    b.Mark(r.Number("foot", 0));
-  }
-  return Close(r, b, headerLength);
-}
+std::vector<int32_t> RepeatFrame(const LircRemote& r, const std::string& key) { return KeyFrame(r, key, true); }
 
 BitShape ShapeOf(const LircRemote& r) {
   BitShape s;

@@ -67,6 +67,11 @@ int32_t CarrierFrequency(const LircRemote& remote);
 /// supported (UnsupportedReason gives nothing).
 std::vector<int32_t> FirstFrame(const LircRemote& remote, const std::string& key);
 
+/// The frame a held key sends after the first: the repeat code where the remote
+/// has one, else the first frame without what NO_HEAD_REP and NO_FOOT_REP leave
+/// out, closed by repeat_gap where it is given.
+std::vector<int32_t> RepeatFrame(const LircRemote& remote, const std::string& key);
+
 /// How a remote's data bits go on air, as the field writer needs to know.
 struct BitShape {
   enum Kind { PulseSpace, SpaceFirst, Biphase, RC6, XMP } kind = PulseSpace;

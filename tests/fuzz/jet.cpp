@@ -59,7 +59,7 @@ void ReadEverything(Database& db) {
 /// chain of long-value pages.
 Value Sample(ColumnType type, int round) {
   if (type == ColumnType::kMemo || type == ColumnType::kOle)
-    return Value::Memo(std::string(size_t(round == 0 ? 100 : 9000), char('a' + round)));
+    return Value::Memo(std::string(size_t(round == 0 ? 100 : 2100), char('a' + round)));
   return Value::Text(std::to_string(7 + round));
 }
 
