@@ -3,7 +3,9 @@
 #include "input/equation.h"
 
 #include <cmath>
+#include <map>
 #include <string_view>
+#include <utility>
 
 #include "input/defines.h"
 #include "runtime/numbers.h"
@@ -23,6 +25,12 @@ constexpr std::string_view kOperatorCharacters = "+-*/@*^|~";
 // stopped with "Out of stack space"; the trap turns that level into 0.
 constexpr int kMaxDepth = 256;
 int evaluationDepth = 0;
+
+// Letters evaluated recursively during one outermost evaluation, by entry and
+// depth. An entry met again at the same depth has the same value (nothing it
+// reads changes meanwhile), so a definition naming itself n times costs n times
+// its depth instead of n to the power of its depth: "X = X+X" no longer hangs.
+std::map<std::pair<int, int>, int32_t> recursiveValues;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -94,8 +102,15 @@ int32_t Evaluate(Program& p, int index, const std::string& name, bool useStoredV
       // One letter is one name; two letters in a row are two operands.
       const std::string letter(1, c);
       const int found = LookupDefine(p, letter);
-      if (useStoredValues) values.push_back(p.Defines[found].Value);
-      else values.push_back(EvaluateDefine(p, found, letter, false));
+      if (useStoredValues) {
+        values.push_back(p.Defines[found].Value);
+      } else {
+        const auto key = std::make_pair(found, evaluationDepth);
+        auto known = recursiveValues.find(key);
+        if (known == recursiveValues.end())
+          known = recursiveValues.emplace(key, EvaluateDefine(p, found, letter, false)).first;
+        values.push_back(known->second);
+      }
       ++i;
     } else {
       ++i;  // blanks, "&", "." and anything else
@@ -110,6 +125,7 @@ int32_t Evaluate(Program& p, int index, const std::string& name, bool useStoredV
 }  // namespace
 
 int32_t EvaluateDefine(Program& p, int index, const std::string& name, bool useStoredValues) {
+  if (evaluationDepth == 0) recursiveValues.clear();
   try {
     return Evaluate(p, index, name, useStoredValues);
   } catch (const RunTimeError&) {

@@ -27,6 +27,10 @@ bool LibraryRun::Load(const std::string& listedName) {
   if (found == items.end()) return false;
   p.F.Lex.listIndex = static_cast<int>(found - items.begin());
   Lex_Click(p);
+  // Every sample device loads quietly and fills the window's device fields.
+  EXPECT_TRUE(t.host.messages.empty()) << listedName << ": " << t.host.LastMessage();
+  EXPECT_EQ(p.F.Label5.caption, "Device Selected") << listedName;
+  EXPECT_FALSE(p.F.MFG.text.empty() || p.F.Model.text.empty() || p.F.Device.text.empty()) << listedName;
   return true;
 }
 

@@ -28,7 +28,8 @@ struct LibraryRun {
   std::vector<KeyCapture> keys;
 
   LibraryRun();
-  /// Selects the device (as listed) in `Lex` and runs Lex_Click; false when not listed.
+  /// Selects the device (as listed) in `Lex` and runs Lex_Click, expecting no
+  /// message and the device fields filled; false when not listed.
   bool Load(const std::string& listedName);
   /// GenerateKeys with the Pronto output; expects no message and one record per key.
   void GeneratePronto();
