@@ -137,7 +137,7 @@ QWidget* MainWindow::BuildDeviceList() {
   v->addWidget(label5);
 
   auto lex = new QListWidget;
-  lex->setMinimumWidth(250);
+  lex->setMinimumWidth(220);
   lex->setUniformItemSizes(true);
   lex->setAlternatingRowColors(true);
   binder_.Bind(f.Lex, lex, "Lex", [this] { Lex_Click(p_); });
@@ -454,6 +454,8 @@ QWidget* MainWindow::BuildAdiFrame() {
   auto tableName = [this] { return SuggestedFileName(p_, p_.F.ADIdescr.text, ".lir"); };
   for (EditorButton& b : buttons) {
     auto button = new QPushButton;
+    // Eight short captions in one row: narrower than the style's usual button, so the row fits 1024 pixels.
+    button->setMinimumWidth(56);
     auto handler = b.handler;
     std::function<void()> command = [this, handler] { handler(p_); };
     // Saving a new table asks for a name in "ADI Library".
@@ -606,10 +608,14 @@ bool MainWindow::ShowModel() {
   if (f.visible && isHidden() && !host_.quitting()) {
     if (!placed_) {
       placed_ = true;
-      resize(sizeHint().expandedTo(QSize(kFirstWidth, kFirstHeight)));
+      QSize first = sizeHint().expandedTo(QSize(kFirstWidth, kFirstHeight));
       if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        QRect area = screen->availableGeometry();
+        // Never larger than the screen: a small one still shows the whole window.
+        const QRect area = screen->availableGeometry();
+        resize(first.boundedTo(area.size()).expandedTo(minimumSizeHint()));
         move(area.center() - rect().center());
+      } else {
+        resize(first);
       }
     }
     show();
