@@ -136,7 +136,7 @@ int16_t ClassifyDefine(Program& p, int index) {
 }
 
 std::string ScaleRawData(Program& p, const std::string& text) {
-  std::string rest = text;
+  std::string_view rest = text;
   std::string out;
   const double timeBase = p.Protocol.TimeBase;
   while (!rest.empty()) {

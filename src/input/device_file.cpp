@@ -65,13 +65,14 @@ std::vector<std::string> SplitKeepingEmpty(const std::string& text, char separat
 }
 
 /// Reads the "/"-separated code items of one code list.
-void ReadCodeList(Program& p, std::string list, const DeviceReaderState& s, std::vector<KeyCode>& codes) {
+void ReadCodeList(Program& p, std::string_view list, const DeviceReaderState& s, std::vector<KeyCode>& codes) {
   while (!list.empty()) codes.push_back(ParseKeyCode(p, GetToken(list, "/"), s.hexadecimal, s.bigEndian,
                                                      s.defaultDeviceCode));
 }
 
 void ReadKeyLine(Program& p, std::string line, const DeviceReaderState& s) {
   KeyEntry key;
+  key.Line = p.Source.line;
   key.Label = GetToken(line, "=");
   if (p.F.format.text == "RAW") {
     key.RawText = line;

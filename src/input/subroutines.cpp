@@ -32,22 +32,47 @@ bool StartsWithIgnoringCase(std::string_view text, std::size_t pos, std::string_
   return UCase(text.substr(pos, part.size())) == UCase(part);
 }
 
+bool IsAscii(std::string_view text) {
+  for (const char c : text)
+    if (static_cast<unsigned char>(c) >= 0x80) return false;
+  return true;
+}
+
+char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+/// The view without its leading and trailing blanks.
+std::string_view TrimBlanks(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return std::string_view();
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
 }  // namespace
 
-std::string GetToken(std::string& text, std::string_view separator) {
+std::string GetToken(std::string_view& rest, std::string_view separator) {
   const std::string_view sep = separator.empty() ? std::string_view(" ") : separator;
-  if (text.empty()) return std::string();
+  if (rest.empty()) return std::string();
 
+  // An ASCII separator can only match ASCII text, so it is compared byte by
+  // byte; any other goes through the full upper-casing.
+  const bool asciiSeparator = IsAscii(sep);
+  const auto separatorAt = [&](std::size_t i) {
+    if (!asciiSeparator) return StartsWithIgnoringCase(rest, i, sep);
+    if (i + sep.size() > rest.size()) return false;
+    for (std::size_t k = 0; k < sep.size(); ++k)
+      if (AsciiUpper(rest[i + k]) != AsciiUpper(sep[k])) return false;
+    return true;
+  };
   std::string token;
   bool insideQuotes = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
+  for (std::size_t i = 0; i < rest.size(); ++i) {
+    const char c = rest[i];
     if (c == '"') {
       insideQuotes = !insideQuotes;  // the quote itself is never part of the token
-    } else if (StartsWithIgnoringCase(text, i, sep)) {
+    } else if (separatorAt(i)) {
       if (!insideQuotes) {
         std::string result = Trim(token);
-        text = Trim(std::string_view(text).substr(i + sep.size()));
+        rest = TrimBlanks(rest.substr(i + sep.size()));
         return result;
       }
       token += c;  // a protected separator: only its first character is taken here
@@ -55,8 +80,16 @@ std::string GetToken(std::string& text, std::string_view separator) {
       token += c;
     }
   }
-  text.clear();
+  rest = std::string_view();
   return Trim(token);
+}
+
+std::string GetToken(std::string& text, std::string_view separator) {
+  std::string_view rest(text);
+  std::string token = GetToken(rest, separator);
+  std::string remaining(rest);
+  text.swap(remaining);
+  return token;
 }
 
 int32_t ParseNumber(std::string_view text, bool hexadecimal) {

@@ -17,6 +17,9 @@ namespace bw {
 /// trimmed). The separator (default one blank) is matched ignoring case and may
 /// be several characters long; double quotes protect separators and vanish.
 std::string GetToken(std::string& text, std::string_view separator = " ");
+/// The same cut on a view: `rest` is moved past the separator (and its blanks)
+/// without copying what follows, so cutting a whole line costs its length.
+std::string GetToken(std::string_view& rest, std::string_view separator = " ");
 /// "0x.." or the hexadecimal flag read hexadecimal digits; otherwise the longest
 /// leading decimal number, rounded half to even; text without a number gives 0.
 int32_t ParseNumber(std::string_view text, bool hexadecimal = false);

@@ -71,10 +71,24 @@ class PageFile {
   /// Writes a new page at the end of the file and returns its number.
   uint32_t AppendPage(const Bytes& data);
 
-  // ---- test hook ----
+  // ---- all-or-nothing writes ----
+  /// Starts a group of writes that either all stay or all go: until the
+  /// matching Commit, the page file keeps each page's bytes from before its
+  /// first write and the page count. Groups nest; only the outermost counts.
+  void Begin();
+  void Commit();
+  /// Puts back every page the group wrote and cuts off the pages it
+  /// appended, so the file is as it was at the outermost Begin.
+  void Rollback();
+
+  // ---- test hooks ----
   /// After `writes` more page writes, every further write throws WriteStopped
   /// without touching the file (-1 turns the hook off). Process-wide.
   static void StopWritesAfter(int writes);
+  /// After `writes` more page writes, the next one fails as a full disk does
+  /// (Jet error 3043) without touching the file; later writes work again.
+  /// -1 turns the hook off. Process-wide.
+  static void FailWriteAfter(int writes);
 
  private:
   PageFile() = default;
@@ -89,7 +103,13 @@ class PageFile {
   uint32_t pageCount_ = 0;
   DatabaseHeader header_;
   std::vector<Bytes> cache_;
+  int groupDepth_ = 0;
+  uint32_t groupPageCount_ = 0;
+  std::vector<std::pair<uint32_t, Bytes>> groupBefore_;
+  std::vector<bool> groupSaved_;
 };
+
+
 
 /// Builds the decoded-then-masked page 0 of a new Jet 4 database.
 Bytes BuildJet4HeaderPage(const DatabaseHeader& header);

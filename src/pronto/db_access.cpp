@@ -21,6 +21,13 @@ jet::Database& Db(Program& p) {
   return *p.Database;
 }
 
+/// The id after the Long `last`: one past the largest Long is an overflow.
+int32_t NextId(int64_t last) {
+  int64_t next = int64_t(int32_t(last)) + 1;
+  if (next > INT32_MAX) ThrowOverflow();
+  return int32_t(next);
+}
+
 /// ButtonSequence is a 16-bit counter: one past 32767 is an overflow.
 void NextButtonSequence(Program& p) {
   if (p.ButtonSequence == INT16_MAX) ThrowOverflow();
@@ -62,7 +69,7 @@ int16_t FindOrAddNamed(Program& p, const std::string& table, const std::string& 
     if (rs->RecordCount() > 0) {
       rs->MoveFirst();
       rs->MoveLast();
-      newId = int32_t(rs->Field(idColumn).AsInteger()) + 1;
+      newId = NextId(rs->Field(idColumn).AsInteger());
       if (newId > INT16_MAX) ThrowOverflow();
     }
     rs->AddNew();
@@ -150,7 +157,7 @@ int32_t GetDeviceID(Program& p, const std::string& model, const std::string& typ
   int32_t newId = kFirstDeviceID;
   if (rs->RecordCount() > 0) {
     rs->MoveLast();
-    newId = int32_t(rs->Field("DeviceID").AsInteger()) + 1;
+    newId = NextId(rs->Field("DeviceID").AsInteger());
   }
   rs->AddNew();
   rs->SetField("DeviceID", Value::Long(newId));

@@ -33,6 +33,9 @@ struct MessageSource {
   int line = 0;
 };
 
+/// The shell's writers for every output (Pronto, Slink-e transmit-only, ADI).
+EntryWriters StandardEntryWriters();
+
 struct Program {
   /// The person (or test script) at the other end. Never null while commands run.
   Host* host = nullptr;
@@ -81,6 +84,8 @@ struct Program {
 
   // ---- generation ----
   BurstSequence Burst;
+  /// Where DispatchEntry sends each entry; a test may replace a writer.
+  EntryWriters Writers = StandardEntryWriters();
 
   // ---- Pronto database ----
   IRCodeRecord IRCode;
