@@ -96,10 +96,12 @@ QMap<QString, QStringList> Export(const fs::path& database, const char* table) {
 struct ProgramFolder {
   QTemporaryDir folder;
   const fs::path home = folder.path().toStdString();
-  ProgramFolder() {
+  /// `copy`: a library of its own that a test may write into.
+  explicit ProgramFolder(bool copy) {
     fs::create_directories(home / "Generated IRDBs");
     fs::copy_file(fs::path(BW_BIN_DIR) / "Empty_RCIR.mdb", home / "Empty_RCIR.mdb");
-    fs::create_directory_symlink(kLibrary, home / "Device Library");
+    if (copy) fs::copy(kLibrary, home / "Device Library", fs::copy_options::recursive);
+    else fs::create_directory_symlink(kLibrary, home / "Device Library");
   }
 };
 
@@ -110,7 +112,7 @@ struct Session : ProgramFolder {
   MessageGuard guard;
   QTimer watchdog;
   bool started = program.Start(home, "");
-  Session() {
+  explicit Session(bool copyLibrary = false) : ProgramFolder(copyLibrary) {
     watchdog.callOnTimeout([this] {
       if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
       program.host().Quit();
@@ -265,14 +267,16 @@ class GuiTest : public QObject {
     const LibraryFile device = Read("Samsung TV.dvc");
     const fs::path folder = s.home / "Generated IRDBs", file = folder / "Lounge.mdb";
     FileDialogSeen dialog;
+    s.Device("Samsung TV");
+    fs::remove(folder);  // a first run: the dialog's folder is made before it opens
     AnswerFileDialog(file.string(), &dialog);
     s.Press("NewDB");
-    QCOMPARE(dialog.filter + "|" + dialog.folder, "MDB Files (*.mdb)|" + Q(folder));
+    QCOMPARE(dialog.filter + "|" + dialog.folder + "|" + dialog.name,
+             "MDB Files (*.mdb)|" + Q(folder) + "|" + (device["MANUFACTURER"] + "-" + device["MODEL"]).toUpper() + ".mdb");
     QCOMPARE(s.Text("dbname") + "|" + Shown(s.Text("LoadDB")), Q(file) + "|Close");
     for (const char* on : {"DBmfgDEL", "DBtypDEL", "DBdvcDel"}) QVERIFY(Get(s.w(), on)->isEnabled());
     // Show Details: the run waits in the dialog at the first key, Next goes on
     // to the second, Finish lets the rest run unshown.
-    s.Device("Samsung TV");
     Click(Get<QCheckBox>(s.w(), "Check1"));
     QWidget* dbg = s.dbg();
     auto next = Get<QPushButton>(dbg, "Next");
@@ -351,7 +355,8 @@ class GuiTest : public QObject {
     const fs::path lir = s.home / "ADI Library" / "denon.lir";
     AnswerFileDialog(lir.string(), &dialog);
     s.Press("cmdADIsave");
-    QCOMPARE(dialog.filter + "|" + dialog.folder, "LIR Files (*.lir)|" + Q(lir.parent_path()));
+    QCOMPARE(dialog.filter + "|" + dialog.folder + "|" + dialog.name,
+             "LIR Files (*.lir)|" + Q(lir.parent_path()) + "|" + s.Text("ADIdescr") + ".lir");
     QCOMPARE(s.Text("ADIFileName"), Q(lir));
     QCOMPARE(qsizetype(fs::file_size(lir)), records * 256);
     // Our own reader lists every key but the skipped one, in order, under the device's name.
@@ -499,6 +504,34 @@ class GuiTest : public QObject {
                                       .arg(bw::version::kRevision)));
     for (const QString& shown : {Q(s.home / "Device Library"), Q(s.home / "Empty_RCIR.mdb"), Q(s.home / "Generated IRDBs")})
       QVERIFY2(about.text.contains(shown), qPrintable(shown));
+  }
+
+  void importAndExportThroughTheFileMenu() {
+    Session s(true);
+    const fs::path conf = s.home / "acme" / "box.conf";
+    fs::create_directories(conf.parent_path());
+    std::ofstream(conf) << "begin remote\n name BOX7\n bits 16\n flags SPACE_ENC|CONST_LENGTH\n header 9000 4500\n"
+                           " one 560 1690\n zero 560 560\n ptrail 560\n pre_data_bits 16\n pre_data 0x20DF\n"
+                           " gap 108000\n begin codes\n  KEY_POWER 0x10EF\n  KEY_MUTE 0x906F\n end codes\nend remote\n";
+    const QStringList before = s.Items("Lex");
+    AnswerFileDialog(conf.string());
+    s.w()->findChild<QAction*>("importLirc")->trigger();
+    QStringList added = s.Items("Lex");
+    for (const QString& d : before) added.removeOne(d);
+    QCOMPARE(added.size(), 1);
+    QVERIFY2(added[0].contains("BOX7"), qPrintable(added[0]));
+    QCOMPARE(s.Report(), QString("Imported 1 remote into \u2026/Device Library"));
+    // The new device loads and exports as Pronto Hex, the dialog's first format.
+    s.Device(added[0]);
+    const fs::path out = s.home / "box.txt";
+    FileDialogSeen offered;
+    AnswerFileDialog(out.string(), &offered);
+    s.w()->findChild<QAction*>("exportDevice")->trigger();
+    QCOMPARE(offered.name, s.Text("txtdescr") + ".txt");
+    const QStringList lines = ReadAll(out).split(QRegularExpression("[\r\n]+"), Qt::SkipEmptyParts);
+    QCOMPARE(lines.filter(QRegularExpression("^0000 006D ")).size(), 2);
+    QCOMPARE(s.Report(), QString("Exported 2 keys as Pronto Hex to \u2026/box.txt"));
+    QVERIFY(s.guard.unanswered().isEmpty());
   }
 
   void quitBothDonesAndClosingTheWindowCloseTheDatabaseAndEndTheLoop() {
