@@ -81,7 +81,7 @@ int PlotKey(Program& p, const PlotArguments& a) {
   for (int k = 1; k <= p.Keys.UpperBound() && key == 0; ++k)
     if (UCase(Trim(p.Keys[k].Label)) == UCase(Trim(a.key))) key = k;
   if (key == 0) {
-    std::cerr << "burstwright-cli: no key " << a.key << " in " << a.device << "\n";
+    std::cerr << "burstwright-cli: no key " << a.key << " in " << p.F.Lex.Text() << "\n";
     return kExitUsage;
   }
   // What the writer of that output gets: a Slink-e entry is one list.

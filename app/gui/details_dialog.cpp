@@ -115,7 +115,7 @@ DetailsDialog::DetailsDialog(Program& p, QtHost& host, QWidget* parent)
   auto text1 = new QPlainTextEdit;
   text1->setReadOnly(true);
   text1->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-  text1->setMinimumHeight(120);
+  text1->setMinimumHeight(80);
   binder_.Bind(d.Text1, text1, "Text1");
   auto burstList = new QListWidget;
   burstList->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
@@ -156,7 +156,7 @@ DetailsDialog::DetailsDialog(Program& p, QtHost& host, QWidget* parent)
   waveform_ = new WaveformView(p_);
   connect(waveform_, &WaveformView::savePictureRequested, this, &DetailsDialog::SavePicture);
   waveLayout->addWidget(waveform_, 1);
-  v->addWidget(wave, 1);
+  v->addWidget(wave, 2);
 
   auto buttons = new QHBoxLayout;
   buttons->addStretch(1);
@@ -183,7 +183,7 @@ DetailsDialog::DetailsDialog(Program& p, QtHost& host, QWidget* parent)
   }
   ApplyToolTips(this);
 
-  resize(760, 600);
+  resize(780, 570);
 }
 
 bool DetailsDialog::ShowModel() {

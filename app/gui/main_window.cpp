@@ -20,6 +20,8 @@
 #include <QVBoxLayout>
 
 #include <QAction>
+#include <QDir>
+#include <QFileDialog>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QMenuBar>
@@ -28,6 +30,8 @@
 #include <QUrl>
 
 #include "adi/adi.h"
+#include "export/export.h"
+#include "shell/menu_commands.h"
 #include "pronto/db_run.h"
 #include "qt_host.h"
 #include "runtime/run_time_error.h"
@@ -137,7 +141,7 @@ QWidget* MainWindow::BuildDeviceList() {
   v->addWidget(label5);
 
   auto lex = new QListWidget;
-  lex->setMinimumWidth(250);
+  lex->setMinimumWidth(220);
   lex->setUniformItemSizes(true);
   lex->setAlternatingRowColors(true);
   binder_.Bind(f.Lex, lex, "Lex", [this] { Lex_Click(p_); });
@@ -454,6 +458,8 @@ QWidget* MainWindow::BuildAdiFrame() {
   auto tableName = [this] { return SuggestedFileName(p_, p_.F.ADIdescr.text, ".lir"); };
   for (EditorButton& b : buttons) {
     auto button = new QPushButton;
+    // Eight short captions in one row: narrower than the style's usual button, so the row fits 1024 pixels.
+    button->setMinimumWidth(56);
     auto handler = b.handler;
     std::function<void()> command = [this, handler] { handler(p_); };
     // Saving a new table asks for a name in "ADI Library".
@@ -575,11 +581,50 @@ void MainWindow::ShowAbout() {
 }
 
 void MainWindow::ImportLircRemotes() {
-  host_.MsgBox("Importing LIRC remotes is not part of this build", MsgBoxStyle::OKOnly);
+  // LIRC's own collection, where the system has it.
+  QString start = QStringLiteral("/usr/share/lirc/remotes");
+  if (!QFileInfo(start).isDir()) start = QDir::homePath();
+  QFileDialog dialog(this, QStringLiteral("Import LIRC remotes"), start,
+                     QStringLiteral("LIRC remote files (*.conf *.lircd.conf *.cfg);;All files (*)"));
+  dialog.setOption(QFileDialog::DontUseNativeDialog);
+  dialog.setFileMode(QFileDialog::ExistingFiles);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+  std::vector<std::string> files;
+  for (const QString& file : dialog.selectedFiles()) files.push_back(FromQt(file));
+  host_.Dispatch([this, files] {
+    host_.SetBusy(true);
+    const ImportReport r = bw::ImportLircRemotes(p_, files);
+    host_.SetBusy(false);
+    ShowReport(r.report);
+    // Every remote's line when one of them was refused: the reason is in it.
+    if (r.details.find("not imported") != std::string::npos) host_.MsgBox(r.details, MsgBoxStyle::OKOnly);
+  });
 }
 
 void MainWindow::ExportDevice() {
-  host_.MsgBox("Exporting devices is not part of this build", MsgBoxStyle::OKOnly);
+  if (p_.Keys.UpperBound() < 1) {
+    host_.Dispatch([this] { p_.Message("No device is loaded from " + p_.DeviceLibraryPath + ": select one in the list first"); });
+    return;
+  }
+  const std::vector<ExportFormat>& formats = ExportFormats();
+  QStringList filters;
+  for (const ExportFormat& f : formats) filters << ToQt(f.title) + QStringLiteral(" (*") + ToQt(f.extension) + ")";
+  QFileDialog dialog(this, QStringLiteral("Export device"), QDir::homePath());
+  dialog.setOption(QFileDialog::DontUseNativeDialog);
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setNameFilters(filters);
+  auto suggest = [&] {
+    const int chosen = int(filters.indexOf(dialog.selectedNameFilter()));
+    const ExportFormat& f = formats[std::size_t(std::max(0, chosen))];
+    dialog.setDefaultSuffix(ToQt(f.extension).mid(1));
+    dialog.selectFile(ToQt(SuggestedFileName(p_, p_.F.txtdescr.text, f.extension)));
+  };
+  suggest();
+  connect(&dialog, &QFileDialog::filterSelected, &dialog, suggest);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+  const std::string path = FromQt(dialog.selectedFiles().front());
+  const std::string format = formats[std::size_t(std::max<qsizetype>(0, filters.indexOf(dialog.selectedNameFilter())))].name;
+  host_.Dispatch([this, format, path] { ShowReport(ExportLoadedDevice(p_, format, path)); });
 }
 
 // ---- model and input ----
@@ -606,10 +651,14 @@ bool MainWindow::ShowModel() {
   if (f.visible && isHidden() && !host_.quitting()) {
     if (!placed_) {
       placed_ = true;
-      resize(sizeHint().expandedTo(QSize(kFirstWidth, kFirstHeight)));
+      QSize first = sizeHint().expandedTo(QSize(kFirstWidth, kFirstHeight));
       if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        QRect area = screen->availableGeometry();
+        // Never larger than the screen: a small one still shows the whole window.
+        const QRect area = screen->availableGeometry();
+        resize(first.boundedTo(area.size()).expandedTo(minimumSizeHint()));
         move(area.center() - rect().center());
+      } else {
+        resize(first);
       }
     }
     show();

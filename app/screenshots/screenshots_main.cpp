@@ -138,6 +138,12 @@ int main(int argc, char** argv) {
        [&] {
          Click(Find<QRadioButton>(dbg, "Option1_1"));
          ok &= Save(dbg, "details-slinke.png");
+         // Zoomed in on the first frame's start burst with the keys.
+         QWidget* wave = Find<QWidget>(dbg, "Shape1");
+         wave->setFocus();
+         for (int i = 0; i < 6; ++i) QTest::keyClick(wave, Qt::Key_Plus);
+         QTest::keyClick(wave, Qt::Key_Home);
+         ok &= Save(dbg, "details-zoomed.png");
          Click(Find<QPushButton>(dbg, "Finish"));
        });
   Click(Button(w, "cmdSlinkXqt"));

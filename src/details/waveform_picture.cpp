@@ -142,7 +142,8 @@ WaveformPicture LayOutWaveform(const WaveformGeometry& g, double width, double h
   }
 
   // Carrier-on blocks; a block narrower than a pixel still shows as one.
-  const double markTop = top + (bottom - top) * 0.22;
+  // Room above the blocks for the "repeat" mark.
+  const double markTop = top + std::max(16.0, (bottom - top) * 0.22);
   for (const MarkBlock& m : g.marks) {
     double x1 = X(m.start), x2 = X(m.end);
     if (x2 - x1 < 1) x2 = std::min(right, x1 + 1);

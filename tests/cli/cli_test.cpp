@@ -130,7 +130,9 @@ TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "command"}, {{"frobnicate"}, "frobnicate"}, {{"bursts", "SONY TV", "--output", "wav"}, "wav"},
       {{"database", "SONY TV"}, "--db"}, {{"lir", "a.lir", "b.lir"}, "lir"}, {{"pronto", "No Such"}, "No Such"},
-      {{"export", "SONY TV", "--format", "wav"}, "wav"}, {{"export", "SONY TV"}, "--format"}};
+      {{"export", "SONY TV", "--format", "wav"}, "wav"}, {{"export", "SONY TV"}, "--format"},
+      {{"plot", "SONY TV", "POWER", "--out", "p.txt"}, "p.txt"}, {{"plot", "SONY TV", "POWER"}, "--out"},
+      {{"plot", "SONY TV", "POWER", "--out", "p.svg", "--scale", "x2"}, "x2"}};
   for (const auto& [args, named] : cases) {
     CliResult r = Run(args);
     EXPECT_EQ(std::to_string(r.status) + r.out, "2") << named;
@@ -142,8 +144,18 @@ TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   EXPECT_EQ(help.status + help.err.size(), 0u) << help.err;
   EXPECT_EQ(help.out.rfind(std::string(kSynopsis) + "\n", 0), 0u);
   for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check",
-                              "import-lirc", "export"})
+                              "import-lirc", "export", "plot"})
     EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << command;
+}
+
+TEST_F(CliTest, PlotWritesAnSvgTitledWithDeviceKeyProtocolAndCarrier) {
+  CliResult r = Run({"plot", "sony tv", "power", "--out", "p.svg"});
+  ASSERT_EQ(std::to_string(r.status) + r.out + r.err, "0");
+  const std::string svg = test::ReadFileBytes(dir.path() / "p.svg");
+  EXPECT_EQ(svg.rfind("<?xml", 0), 0u);
+  EXPECT_NE(svg.find(">SONY KV-36XBR800 - POWER - SONY12 - 40 kHz</text>"), std::string::npos) << svg.substr(0, 600);
+  CliResult missing = Run({"plot", "sony tv", "no such key", "--out", "p.svg"});
+  EXPECT_EQ(std::to_string(missing.status) + missing.err, "2burstwright-cli: no key no such key in SONY TV\n");
 }
 
 TEST_F(CliTest, DevicesAndProtocolsOfTheBundledLibraryAreItsFilesByName) {

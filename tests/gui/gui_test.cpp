@@ -96,10 +96,12 @@ QMap<QString, QStringList> Export(const fs::path& database, const char* table) {
 struct ProgramFolder {
   QTemporaryDir folder;
   const fs::path home = folder.path().toStdString();
-  ProgramFolder() {
+  /// `copy`: a library of its own that a test may write into.
+  explicit ProgramFolder(bool copy) {
     fs::create_directories(home / "Generated IRDBs");
     fs::copy_file(fs::path(BW_BIN_DIR) / "Empty_RCIR.mdb", home / "Empty_RCIR.mdb");
-    fs::create_directory_symlink(kLibrary, home / "Device Library");
+    if (copy) fs::copy(kLibrary, home / "Device Library", fs::copy_options::recursive);
+    else fs::create_directory_symlink(kLibrary, home / "Device Library");
   }
 };
 
@@ -110,7 +112,7 @@ struct Session : ProgramFolder {
   MessageGuard guard;
   QTimer watchdog;
   bool started = program.Start(home, "");
-  Session() {
+  explicit Session(bool copyLibrary = false) : ProgramFolder(copyLibrary) {
     watchdog.callOnTimeout([this] {
       if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
       program.host().Quit();
@@ -127,6 +129,8 @@ struct Session : ProgramFolder {
     Click(b);
   }
   QString Text(const char* name) { return ::Text(w(), name); }  // of a line edit or a label
+  QString Report() { return Text("runReport"); }                 // the status bar's line
+  bool On(const char* button) { return Get(w(), button)->isEnabled(); }
   void Pick(const char* combo, int row) { Get<QComboBox>(w(), combo)->setCurrentIndex(row); }
   QStringList Items(const char* list) {  // the rows of a list or a combo box
     auto combo = Find<QComboBox>(w(), list);
@@ -221,6 +225,8 @@ class GuiTest : public QObject {
     const QString descr = (device["MANUFACTURER"] + "-" + device["MODEL"]).toUpper();
     QCOMPARE(s.Text("SlinkEntryCount") + " " + s.Text("slinkkeyname"),
              QString::number(device.keys.size()) + " " + device.keys.back().first);
+    QCOMPARE(s.Report(), QString("Wrote %1 keys to \u2026/%2.cde").arg(device.keys.size()).arg(descr));
+    QVERIFY(s.Text("outputFolder").contains(">Slinke Library</a>"));
     const QString text = ReadAll(s.home / "Slinke Library" / (descr + ".cde").toStdString());
     QCOMPARE(text.count('\n'), text.count("\r\n"));
     // The header, then per key an empty line and "durations :LABEL"; the last CR LF is followed by one more.
@@ -261,14 +267,16 @@ class GuiTest : public QObject {
     const LibraryFile device = Read("Samsung TV.dvc");
     const fs::path folder = s.home / "Generated IRDBs", file = folder / "Lounge.mdb";
     FileDialogSeen dialog;
+    s.Device("Samsung TV");
+    fs::remove(folder);  // a first run: the dialog's folder is made before it opens
     AnswerFileDialog(file.string(), &dialog);
     s.Press("NewDB");
-    QCOMPARE(dialog.filter + "|" + dialog.folder, "MDB Files (*.mdb)|" + Q(folder));
+    QCOMPARE(dialog.filter + "|" + dialog.folder + "|" + dialog.name,
+             "MDB Files (*.mdb)|" + Q(folder) + "|" + (device["MANUFACTURER"] + "-" + device["MODEL"]).toUpper() + ".mdb");
     QCOMPARE(s.Text("dbname") + "|" + Shown(s.Text("LoadDB")), Q(file) + "|Close");
     for (const char* on : {"DBmfgDEL", "DBtypDEL", "DBdvcDel"}) QVERIFY(Get(s.w(), on)->isEnabled());
     // Show Details: the run waits in the dialog at the first key, Next goes on
     // to the second, Finish lets the rest run unshown.
-    s.Device("Samsung TV");
     Click(Get<QCheckBox>(s.w(), "Check1"));
     QWidget* dbg = s.dbg();
     auto next = Get<QPushButton>(dbg, "Next");
@@ -287,6 +295,8 @@ class GuiTest : public QObject {
     });
     s.Press("xqtcmd");
     QVERIFY(second && !dbg->isVisible() && !Get<QCheckBox>(s.w(), "Check1")->isChecked());
+    QCOMPARE(s.Report(), QString("Wrote %1 keys to \u2026/Lounge.mdb").arg(device.keys.size()));
+    QVERIFY(s.Text("outputFolder").contains(QUrl::fromLocalFile(Q(folder)).toString() + "\">Generated IRDBs</a>"));
     const auto [label, function] = device.keys[0];
     QCOMPARE(status, QString("Function=%1 (%2,%3)").arg(label, function, device["DEVICECODE"]));
     QCOMPARE(std::pair(cursor, CursorShape()), std::pair(int(Qt::BusyCursor), -1));
@@ -316,6 +326,13 @@ class GuiTest : public QObject {
     s.Device("Denon AV Receiver");
     s.Press("cmdAdiNew");
     QCOMPARE(s.Text("ADIFileName"), "NEW");
+    const char* guided[] = {"CmdADIadd", "cmdADInxtKey", "cmdadiall", "cmdADIrpl"};
+    auto states = [&] {
+      QString on;
+      for (const char* b : guided) on += s.On(b) ? '1' : '0';
+      return on;
+    };
+    QStringList seen{states()};  // then at each wait, and after the run
     // Key 1: Add. Key 2: Next Key (skipped). Key 3: Add. Key 4: All Keys, which adds it and every later key.
     const char* answers[] = {"CmdADIadd", "cmdADInxtKey", "CmdADIadd", "cmdadiall"};
     QStringList sizes;
@@ -323,18 +340,23 @@ class GuiTest : public QObject {
     QTimer answering;  // fires inside the run's waiting loop
     answering.callOnTimeout([&] {
       if (k < 4 && Get(s.w(), "CmdADIadd")->isEnabled() && s.Text("AdiNewKey") == device.keys[k].first)
-        sizes << s.Text("adiFsize"), cursor = CursorShape(), Click(Get<QPushButton>(s.w(), answers[k++]));
+        sizes << s.Text("adiFsize"), seen << states(), cursor = CursorShape(),
+            Click(Get<QPushButton>(s.w(), answers[k++]));
     });
     answering.start(10);
     s.Press("cmdADIxqt");
     QCOMPARE(cursor, int(Qt::BusyCursor));
     const qsizetype records = device.keys.size() - 1;
     QCOMPARE(sizes << s.Text("adiFsize"), QStringList({"0", "1", "1", "2", QString::number(records)}));
+    // The key buttons only while a run waits; RPL once there is a record to replace.
+    QCOMPARE(seen << states(), QStringList({"0000", "1110", "1110", "1110", "1110", "0001"}));
+    QCOMPARE(s.Report(), QString("Added %1 keys to a new table, not saved yet").arg(records));
     FileDialogSeen dialog;
     const fs::path lir = s.home / "ADI Library" / "denon.lir";
     AnswerFileDialog(lir.string(), &dialog);
     s.Press("cmdADIsave");
-    QCOMPARE(dialog.filter + "|" + dialog.folder, "LIR Files (*.lir)|" + Q(lir.parent_path()));
+    QCOMPARE(dialog.filter + "|" + dialog.folder + "|" + dialog.name,
+             "LIR Files (*.lir)|" + Q(lir.parent_path()) + "|" + s.Text("ADIdescr") + ".lir");
     QCOMPARE(s.Text("ADIFileName"), Q(lir));
     QCOMPARE(qsizetype(fs::file_size(lir)), records * 256);
     // Our own reader lists every key but the skipped one, in order, under the device's name.
@@ -346,6 +368,13 @@ class GuiTest : public QObject {
     expected.replaceInStrings(" ", "");
     QCOMPARE(listed, expected);
     QVERIFY(s.guard.unanswered().isEmpty());
+    // Opening a file in a fresh program: nothing generated, so neither Add nor RPL.
+    Session fresh;
+    fresh.Output("ADI Leopard");
+    AnswerFileDialog(lir.string());
+    fresh.Press("cmdADIOpen");
+    QCOMPARE(fresh.Text("adiFsize") + " " + QString::number(fresh.On("CmdADIadd")) + QString::number(fresh.On("cmdADIrpl")),
+             QString::number(records) + " 00");
   }
 
   void messageBoxesAreTitledBurstwright() {
@@ -371,6 +400,9 @@ class GuiTest : public QObject {
       AnswerMessageBox(answer, &seen);
       s.Press(button);
       QCOMPARE(seen.title + ": " + seen.text, "Burstwright: " + text);
+      // A run stopped by its check says so in the status bar, on one line.
+      if (QString(button).contains("xqt", Qt::CaseInsensitive))
+        QCOMPARE(s.Report(), "Wrote 0 keys: " + QString(text).replace('\n', ' '));
     }
     // Both questions answered No left things as they were.
     QCOMPARE(s.Items("DvcModelList").size(), 1);
@@ -381,6 +413,125 @@ class GuiTest : public QObject {
     bw::gui::DesktopProgram program;
     QVERIFY(!program.Start(empty.path().toStdString(), "") && !program.window().isVisible());
     QCOMPARE(seen.title + ": " + seen.text, "Burstwright: Can not locate Device Library");
+  }
+
+  void detailsPicturesMatchThePlotAndEscOrCloseEndTheWaitAsFinish() {
+    const LibraryFile device = Read("Samsung TV.dvc");
+    const QString key = device.keys[0].first;
+    for (bool escape : {true, false}) {
+      Session s;
+      s.Output("Nirvis TX Only");
+      s.Device("Samsung TV");
+      Click(Get<QCheckBox>(s.w(), "Check1"));
+      const QString png = Q(s.home) + "/picture.png", svg = Q(s.home) + "/picture.svg";
+      FileDialogSeen offered;
+      int waits = 0;
+      When([&] { return s.dbg()->isVisible() && Get(s.dbg(), "Next")->isEnabled(); }, [&] {
+        ++waits;
+        if (escape) {  // both pictures, then Esc
+          AnswerFileDialog(png.toStdString(), &offered);
+          Click(Get<QPushButton>(s.dbg(), "savePicture"));
+          AnswerFileDialog(svg.toStdString());
+          Click(Get<QPushButton>(s.dbg(), "savePicture"));
+          QTest::keyClick(s.dbg(), Qt::Key_Escape);
+        } else {
+          s.dbg()->close();
+        }
+      });
+      s.Press("cmdSlinkXqt");
+      // The wait ended as Finish ends it: dialog away, Show Details off, every key written.
+      QCOMPARE(QString("%1 %2 %3 %4").arg(waits).arg(s.dbg()->isVisible()).arg(Get<QCheckBox>(s.w(), "Check1")->isChecked())
+                   .arg(s.Text("SlinkEntryCount")),
+               QString("1 0 0 %1").arg(device.keys.size()));
+      if (!escape) continue;
+      QCOMPARE(offered.name, (device["MANUFACTURER"] + " " + device["MODEL"] + " " + key).toUpper() + ".png");
+      QCOMPARE(QImage(png).size(), QSize(1200, 360));
+      QXmlStreamReader xml(ReadAll(svg.toStdString()));
+      QStringList elements;
+      while (!xml.atEnd())
+        if (xml.readNext() == QXmlStreamReader::StartElement && !elements.contains(xml.name())) elements << xml.name().toString();
+      QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
+      QCOMPARE(elements, QStringList({"svg", "rect", "text", "line"}));
+      // The command line draws the very same picture of that key.
+      const QString plotted = Q(s.home) + "/plot.svg", plottedPng = Q(s.home) + "/plot.png";
+      for (const QString& out : {plotted, plottedPng})
+        Run(BW_BIN_DIR "/burstwright-cli", {"--library", Q(kLibrary), "plot", "Samsung TV", key.toLower(), "--output",
+                                            "slinke-tx", "--out", out});
+      QCOMPARE(ReadAll(plotted.toStdString()), ReadAll(svg.toStdString()));
+      QCOMPARE(QImage(plottedPng).size(), QSize(1200, 360));
+    }
+  }
+
+  void fitsA1024x600ScreenWithATipOnEveryControlAndMenus() {
+    Session s;
+    auto window = static_cast<QMainWindow*>(s.w());
+    // 600 pixels of screen less a title bar.
+    const QSize screen(1024, 570);
+    window->resize(screen);
+    for (const char* output : {"Philips Pronto", "Nirvis TX Only", "ADI Leopard"}) {
+      s.Output(output);
+      QTest::qWait(20);
+      QVERIFY2(window->minimumSizeHint().boundedTo(screen) == window->minimumSizeHint(), output);
+      for (QWidget* c : window->findChildren<QWidget*>()) {
+        if (!c->isVisible() || qobject_cast<QComboBox*>(c->parent()) || !(qobject_cast<QLineEdit*>(c) || qobject_cast<QAbstractButton*>(c) ||
+                                 qobject_cast<QComboBox*>(c) || qobject_cast<QListWidget*>(c)))
+          continue;
+        const QRect at(c->mapTo(window, QPoint()), c->size());
+        // What a layout may shrink it to: a minimum set on the widget, else its hint.
+        const QSize least(c->minimumWidth() ? c->minimumWidth() : c->minimumSizeHint().width(),
+                          c->minimumHeight() ? c->minimumHeight() : c->minimumSizeHint().height());
+        QVERIFY2(window->rect().contains(at) && c->height() >= least.height() && c->width() >= least.width(),
+                 qPrintable(QString(output) + ": " + c->objectName() + " " + c->metaObject()->className() + " " + QString("%1,%2 %3x%4 min %5x%6 win %7x%8").arg(at.x()).arg(at.y()).arg(at.width()).arg(at.height()).arg(c->minimumSizeHint().width()).arg(c->minimumSizeHint().height()).arg(window->width()).arg(window->height())));
+      }
+    }
+    QVERIFY(s.dbg()->minimumSizeHint().boundedTo(screen) == s.dbg()->minimumSizeHint());
+    for (QWidget* root : {s.w(), s.dbg()})
+      for (QWidget* c : root->findChildren<QWidget*>())
+        if (!c->objectName().isEmpty() && !c->objectName().startsWith("qt_") &&
+            (qobject_cast<QAbstractButton*>(c) || qobject_cast<QLineEdit*>(c) || qobject_cast<QComboBox*>(c) ||
+             qobject_cast<QAbstractItemView*>(c) || qobject_cast<QPlainTextEdit*>(c) || c->objectName() == "Shape1"))
+          QVERIFY2(!c->toolTip().isEmpty(), qPrintable(c->objectName()));
+    QStringList menus;
+    for (QAction* menu : window->menuBar()->actions())
+      for (QAction* a : menu->menu()->actions())
+        if (!a->isSeparator()) menus << Shown(menu->text()) + "/" + Shown(a->text()) + " " + a->shortcut().toString();
+    QCOMPARE(menus, QStringList({"File/Import LIRC remotes... Ctrl+I", "File/Export device... Ctrl+E", "File/Quit Ctrl+Q",
+                                 "Help/About Burstwright F1"}));
+    MessageSeen about;
+    AnswerMessageBox(QMessageBox::Ok, &about);
+    window->findChild<QAction*>("about")->trigger();
+    QVERIFY(about.text.startsWith(QString("Burstwright %1.%2 R%3").arg(bw::version::kMajor).arg(bw::version::kMinor)
+                                      .arg(bw::version::kRevision)));
+    for (const QString& shown : {Q(s.home / "Device Library"), Q(s.home / "Empty_RCIR.mdb"), Q(s.home / "Generated IRDBs")})
+      QVERIFY2(about.text.contains(shown), qPrintable(shown));
+  }
+
+  void importAndExportThroughTheFileMenu() {
+    Session s(true);
+    const fs::path conf = s.home / "acme" / "box.conf";
+    fs::create_directories(conf.parent_path());
+    std::ofstream(conf) << "begin remote\n name BOX7\n bits 16\n flags SPACE_ENC|CONST_LENGTH\n header 9000 4500\n"
+                           " one 560 1690\n zero 560 560\n ptrail 560\n pre_data_bits 16\n pre_data 0x20DF\n"
+                           " gap 108000\n begin codes\n  KEY_POWER 0x10EF\n  KEY_MUTE 0x906F\n end codes\nend remote\n";
+    const QStringList before = s.Items("Lex");
+    AnswerFileDialog(conf.string());
+    s.w()->findChild<QAction*>("importLirc")->trigger();
+    QStringList added = s.Items("Lex");
+    for (const QString& d : before) added.removeOne(d);
+    QCOMPARE(added.size(), 1);
+    QVERIFY2(added[0].contains("BOX7"), qPrintable(added[0]));
+    QCOMPARE(s.Report(), QString("Imported 1 remote into \u2026/Device Library"));
+    // The new device loads and exports as Pronto Hex, the dialog's first format.
+    s.Device(added[0]);
+    const fs::path out = s.home / "box.txt";
+    FileDialogSeen offered;
+    AnswerFileDialog(out.string(), &offered);
+    s.w()->findChild<QAction*>("exportDevice")->trigger();
+    QCOMPARE(offered.name, s.Text("txtdescr") + ".txt");
+    const QStringList lines = ReadAll(out).split(QRegularExpression("[\r\n]+"), Qt::SkipEmptyParts);
+    QCOMPARE(lines.filter(QRegularExpression("^0000 006D ")).size(), 2);
+    QCOMPARE(s.Report(), QString("Exported 2 keys as Pronto Hex to \u2026/box.txt"));
+    QVERIFY(s.guard.unanswered().isEmpty());
   }
 
   void quitBothDonesAndClosingTheWindowCloseTheDatabaseAndEndTheLoop() {
