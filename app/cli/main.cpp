@@ -9,11 +9,15 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "adi/adi.h"
+#include "export.h"
+#include "import_lirc.h"
+#include "plot.h"
 #include "generate/generate.h"
 #include "input/defines.h"
 #include "input/subroutines.h"
@@ -23,6 +27,7 @@
 #include "protocol/protocol.h"
 #include "runtime/files.h"
 #include "runtime/numbers.h"
+#include "runtime/path_problems.h"
 #include "runtime/run_time_error.h"
 #include "runtime/text.h"
 #include "shell/commands.h"
@@ -62,12 +67,22 @@ const char* const kUsage =
     "  lir FILE                         one line per record: number, device part, key part,\n"
     "                                   carrier byte, pulse bytes in hex\n"
     "  check                            loads every protocol file, then every device file;\n"
-    "                                   prints every message\n";
+    "                                   prints every message\n"
+    "  import-lirc FILE... [--to DIR] [--remote NAME] [--yes]\n"
+    "                                   every remote of the lircd.conf FILEs as a device and a\n"
+    "                                   protocol file in DIR (default: the Device Library);\n"
+    "                                   one line per remote; --yes replaces existing files\n"
+    "  export DEVICE --format FORMAT [--out FILE]   every key as FORMAT: pronto-hex | gc-sendir |\n"
+    "                                   lirc | csv; to stdout, or into FILE\n";
+
+/// Commands that live in files of their own add their lines here.
+const std::string kUsageText = std::string(kUsage) + bw::cli::kPlotUsage;
 
 /// What a usage error prints below its reason; --help prints kUsage.
 const char* const kShortUsage =
     "usage: burstwright-cli [--library DIR] [--home DIR] [--yes] COMMAND [ARGS]\n"
-    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check\n"
+    "commands: devices, protocols, bursts, pronto, database, slinke, adi, lir, check, import-lirc,\n"
+    "          export, plot\n"
     "burstwright-cli --help describes them\n";
 
 /// A run-time error as the one line the command line prints for it.
@@ -90,6 +105,8 @@ class CliHost : public Host {
   std::string context;
   /// check mode: messages are attributed to FILE:LINE of the reader.
   bool sourceMode = false;
+  /// check mode: the file being checked, for a message that arises outside its reader.
+  std::string sourceFile;
   std::string dialogAnswer;
   std::vector<std::string> messages;
   bool progress = false;
@@ -103,6 +120,8 @@ class CliHost : public Host {
     ClearProgress();
     if (sourceMode && !program->Source.file.empty()) {
       std::cerr << program->Source.file << ":" << program->Source.line << ": " << line << "\n";
+    } else if (sourceMode && !sourceFile.empty()) {
+      std::cerr << sourceFile << ": " << line << "\n";
     } else {
       std::cerr << context << ": " << line << "\n";
     }
@@ -142,6 +161,11 @@ class CliHost : public Host {
         ++i;
       } else if (text[i] == '\n' || text[i] == '\r') {
         out += " | ";
+      } else if (static_cast<unsigned char>(text[i]) < 0x20 || text[i] == 0x7F) {
+        // Control bytes (a binary file read as text) shown, not sent to the terminal.
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned char>(text[i]));
+        out += escaped;
       } else {
         out += text[i];
       }
@@ -239,11 +263,13 @@ class Cli {
   int Run() {
     const std::string& c = options_.command;
     if (c == "help") {
-      std::cout << kUsage;
+      std::cout << kUsageText;
       return kExitClean;
     }
+    if (c == "import-lirc")
+      return ImportLircCommand(options_.args, options_.yes, [&] { return Start() ? p_.DeviceLibraryPath : ""; });
     if (c != "devices" && c != "protocols" && c != "bursts" && c != "pronto" && c != "database" &&
-        c != "slinke" && c != "adi" && c != "check" && c != "lir")
+        c != "slinke" && c != "adi" && c != "check" && c != "lir" && c != "export" && c != "plot")
       throw UsageError{"unknown command " + c};
     try {
       if (c == "lir") return Lir();
@@ -255,6 +281,8 @@ class Cli {
       if (c == "pronto") return Pronto();
       if (c == "database") return Database();
       if (c == "slinke") return Slinke();
+      if (c == "export") return Export();
+      if (c == "plot") return Plot();
       return Adi();
     } catch (const RunTimeError& e) {
       ReportRunTimeError(e);
@@ -269,7 +297,8 @@ class Cli {
   /// in check mode, otherwise after the device or file the command works on.
   void ReportRunTimeError(const RunTimeError& e) {
     host_.ClearProgress();
-    const std::string text = RunTimeErrorLine(e);
+    std::string text = RunTimeErrorLine(e);
+    if (!note_.empty()) text += " (" + note_ + ")";
     if (host_.sourceMode && !p_.ErrorSource.file.empty())
       std::cerr << p_.ErrorSource.file << ":" << p_.ErrorSource.line << ": " << text << "\n";
     else if (!host_.context.empty())
@@ -281,11 +310,19 @@ class Cli {
   /// The start-up of the desktop program, with the library found as the options say.
   bool Start() {
     p_.ProgramFolder = options_.home.empty() ? ExecutableFolder() : fs::absolute(options_.home);
+    if (const std::string problem = FolderProblem(p_.ProgramFolder); !problem.empty())
+      throw UsageError{"--home " + problem};
     std::string library = options_.library;
     if (library.empty()) library = DiscoverLibrary(fs::current_path().string());
     if (library.empty()) library = DiscoverLibrary(ExecutableFolder().string());
     if (library.empty() || !FolderExists(library)) {
-      std::cerr << "Can not locate Device Library\n";
+      // The fixed text, then which folder was tried and what is wrong with it.
+      std::cerr << "Can not locate Device Library ("
+                << (options_.library.empty()
+                        ? "no \"Device Library\" folder in or above " + fs::current_path().string() + " or " +
+                              ExecutableFolder().string()
+                        : FolderProblem(fs::absolute(options_.library)))
+                << ")\n";
       return false;
     }
     std::string path = fs::absolute(library).lexically_normal().string();
@@ -356,10 +393,34 @@ class Cli {
       load(name, [&] { LoadProtocol(p_, name); });
     for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
       p_.F.Lex.listIndex = static_cast<int>(i);
-      load(p_.F.Lex.items[i], [&] { Lex_Click(p_); });
+      const std::string name = p_.F.Lex.items[i];
+      const auto path = FindFileIgnoringCase(p_.DeviceLibraryPath, name + ".dvc");
+      host_.sourceFile = path ? path->string() : std::string();
+      load(name, [&] {
+        Lex_Click(p_);
+        if (path) CheckKeyProtocols(path->string());
+      });
     }
+    host_.sourceFile.clear();
     if (runTimeError) return kExitRunTimeError;
     return Exit();
+  }
+
+  /// A key code that names a protocol the library lacks fails only when the key is
+  /// built; check reports it now, at the key's line, with the text the build shows.
+  void CheckKeyProtocols(const std::string& deviceFile) {
+    std::set<std::string> known;
+    for (const std::string& name : p_.F.format.items) known.insert(UCase(name));
+    for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
+      const KeyEntry& key = p_.Keys[k];
+      std::set<std::string> missing;
+      for (const auto* codes : {&key.FirstCodes, key.HasSecondCodes ? &key.SecondCodes : nullptr})
+        for (std::size_t i = 0; codes && i < codes->size(); ++i)
+          if (!(*codes)[i].Name.empty() && !known.count((*codes)[i].Name)) missing.insert((*codes)[i].Name);
+      SourceScope scope(p_, deviceFile);
+      p_.Source.line = key.Line;
+      for (const std::string& name : missing) p_.Message("Protocol " + name + " Not in Device Library");
+    }
   }
 
   static void JsonString(std::ostream& out, const std::string& s) {
@@ -483,6 +544,8 @@ class Cli {
     std::string file = fs::absolute(a.values["--db"]).string();
     SelectOutput(0);
     LoadDevice(device);
+    note_ = a.flags.count("--create") ? NewFileProblem(file) : ExistingFileProblem(file);
+    if (note_.empty() && !a.flags.count("--create")) note_ = AccessDatabaseProblem(file);
     if (a.flags.count("--create")) {
       host_.dialogAnswer = file;
       NewDB_Click(p_);
@@ -495,6 +558,7 @@ class Cli {
       p_.F.LoadDB.caption = "Close";
     }
     if (!p_.DatabaseOpen) return kExitRunTimeError;
+    note_.clear();
     StartProgress();
     GenerateIRDatabase(p_);
     host_.ClearProgress();
@@ -516,6 +580,15 @@ class Cli {
     return Exit();
   }
 
+  int Export() {
+    const ExportRequest request = ParseExportRequest(options_.args);
+    if (!request.error.empty()) throw UsageError{request.error};
+    SelectOutput(0);
+    LoadDevice(request.device);
+    if (!RunExport(p_, request)) return kExitRunTimeError;
+    return Exit();
+  }
+
   int Adi() {
     CommandArgs a = SplitArgs(options_.args, {}, {"--out", "--description"});
     std::string device = OneDevice(a);
@@ -529,18 +602,34 @@ class Cli {
     cmdADIxqt_Click(p_);
     host_.ClearProgress();
     host_.dialogAnswer = file;
+    note_ = NewFileProblem(file);
     cmdADIsave_Click(p_);
     return Exit();
   }
 
+  int Plot() {
+    PlotArguments a = ParsePlotArguments(options_.args);
+    if (!a.problem.empty()) throw UsageError{a.problem};
+    SelectOutput(a.output);
+    LoadDevice(a.device);
+    const int status = PlotKey(p_, a);
+    return status != kExitClean ? status : Exit();
+  }
+
   int Lir() {
     if (options_.args.size() != 1) throw UsageError{"lir takes one FILE"};
-    host_.context = options_.args[0];
-    if (!fs::exists(options_.args[0])) {
-      std::cerr << options_.args[0] << ": File not found\n";
+    const std::string& file = options_.args[0];
+    host_.context = file;
+    if (!fs::exists(file)) {
+      std::cerr << file << ": File not found\n";
       return kExitRunTimeError;
     }
-    ReadLirFile(p_, options_.args[0]);
+    if (const std::string problem = ExistingFileProblem(file); !problem.empty()) {
+      std::cerr << file << ": " << problem << "\n";
+      return kExitRunTimeError;
+    }
+    ReadLirFile(p_, file);
+    if (const std::string warning = LirPartialRecordWarning(file); !warning.empty()) p_.Message(warning);
     for (int r = 1; r <= p_.Lir.UpperBound(); ++r) {
       p_.Lir.Current = static_cast<int16_t>(r);
       ShowLirRecord(p_);
@@ -559,6 +648,9 @@ class Cli {
   }
 
   Options options_;
+  /// What is wrong with the path the command works on, shown beside a run-time
+  /// error's fixed text; set while that path is being opened.
+  std::string note_;
   CliHost host_;
   Program p_;
 };

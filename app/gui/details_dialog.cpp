@@ -2,6 +2,10 @@
 
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QShortcut>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -15,7 +19,9 @@
 #include <QScreen>
 #include <QVBoxLayout>
 
+#include "picture_painter.h"
 #include "qt_host.h"
+#include "tool_tips.h"
 #include "waveform_view.h"
 
 namespace bw::gui {
@@ -36,15 +42,9 @@ QLabel* Value() {
   return label;
 }
 
-bool SameGeometry(const WaveformGeometry& a, const WaveformGeometry& b) {
-  auto same = [](const std::vector<WavePoint>& x, const std::vector<WavePoint>& y) {
-    if (x.size() != y.size()) return false;
-    for (std::size_t i = 0; i < x.size(); ++i)
-      if (x[i].x != y[i].x || x[i].y != y[i].y) return false;
-    return true;
-  };
-  return a.viewWidth == b.viewWidth && same(a.once, b.once) && same(a.repeat, b.repeat);
-}
+/// Size of an exported picture: wide enough for a frame's detail, in a 10:3 strip.
+constexpr int kPictureWidth = 1200;
+constexpr int kPictureHeight = 360;
 
 }  // namespace
 
@@ -147,8 +147,14 @@ DetailsDialog::DetailsDialog(Program& p, QtHost& host, QWidget* parent)
   auto command1 = new QPushButton;
   binder_.Bind(d.Command1, command1, "Command1", [this] { Command1_Click(p_); });
   scaleRow->addWidget(command1);
+  auto savePicture = new QPushButton(QStringLiteral("Save Picture..."));
+  savePicture->setObjectName(QStringLiteral("savePicture"));
+  savePicture->setAutoDefault(false);
+  connect(savePicture, &QPushButton::clicked, this, &DetailsDialog::SavePicture);
+  scaleRow->addWidget(savePicture);
   waveLayout->addLayout(scaleRow);
   waveform_ = new WaveformView(p_);
+  connect(waveform_, &WaveformView::savePictureRequested, this, &DetailsDialog::SavePicture);
   waveLayout->addWidget(waveform_, 1);
   v->addWidget(wave, 1);
 
@@ -164,8 +170,20 @@ DetailsDialog::DetailsDialog(Program& p, QtHost& host, QWidget* parent)
   }
   next->setDefault(true);
   v->addLayout(buttons);
+  // The three answers from the keyboard, wherever the focus is (the captions stay as they are).
+  const std::pair<QPushButton*, QKeySequence> keys[] = {
+      {next, QKeySequence(Qt::ALT | Qt::Key_N)}, {skip, QKeySequence(Qt::ALT | Qt::Key_S)},
+      {finish, QKeySequence(Qt::ALT | Qt::Key_F)}, {command1, QKeySequence(Qt::ALT | Qt::Key_A)},
+      {savePicture, QKeySequence(Qt::CTRL | Qt::Key_S)}};
+  for (const auto& [button, key] : keys) {
+    auto shortcut = new QShortcut(key, this);
+    connect(shortcut, &QShortcut::activated, button, [button] {
+      if (button->isEnabled() && button->isVisible()) button->click();
+    });
+  }
+  ApplyToolTips(this);
 
-  resize(760, 640);
+  resize(760, 600);
 }
 
 bool DetailsDialog::ShowModel() {
@@ -181,14 +199,13 @@ bool DetailsDialog::ShowModel() {
     entryNumber_->setText(number);
     changed = true;
   }
-  if (d.loaded) {
-    WaveformGeometry g = DrawWaveform(p_);
-    if (!SameGeometry(g, drawn_)) {
-      drawn_ = std::move(g);
-      waveform_->update();
-      changed = true;
-    }
+  if (d.entryCounter != shownEntry_) {
+    // A new entry starts from the scale option's own view.
+    shownEntry_ = d.entryCounter;
+    waveform_->ResetView();
+    changed = true;
   }
+  if (d.loaded) changed |= waveform_->Refresh();
   if (d.visible && isHidden() && !host_.quitting()) {
     PlaceOnFirstShow();
     show();
@@ -212,7 +229,12 @@ void DetailsDialog::PlaceOnFirstShow() {
 }
 
 void DetailsDialog::reject() {
-  if (p_.DBG.Next.enabled) return;
+  // While a run waits here, putting the dialog away is "Finish": nothing may
+  // wait on a dialog nobody sees.
+  if (p_.DBG.Next.enabled && !host_.quitting()) {
+    host_.Dispatch([this] { Finish_Click(p_); });
+    return;
+  }
   p_.DBG.visible = false;
   QDialog::reject();
 }
@@ -220,10 +242,30 @@ void DetailsDialog::reject() {
 void DetailsDialog::closeEvent(QCloseEvent* event) {
   if (p_.DBG.Next.enabled && !host_.quitting()) {
     event->ignore();
+    host_.Dispatch([this] { Finish_Click(p_); });
     return;
   }
   p_.DBG.visible = false;
   QDialog::closeEvent(event);
+}
+
+void DetailsDialog::SavePicture() {
+  const std::string name = WaveformFileName(p_) + ".png";
+  const std::string path = host_.SaveFileDialogNamed("PNG Picture (*.png)|*.png|SVG Drawing (*.svg)|*.svg",
+                                                     QDir::homePath().toStdString(), name);
+  if (path.empty()) return;
+  const WaveformPicture picture =
+      LayOutWaveform(DrawWaveform(p_, waveform_->viewport()), kPictureWidth, kPictureHeight, WaveformTitle(p_));
+  std::string problem;
+  if (QFileInfo(ToQt(path)).suffix().compare(QStringLiteral("svg"), Qt::CaseInsensitive) == 0) {
+    QFile file(ToQt(path));
+    const std::string svg = WaveformSvg(picture);
+    if (!file.open(QIODevice::WriteOnly) || file.write(svg.data(), qint64(svg.size())) != qint64(svg.size()))
+      problem = path + ": the picture could not be written";
+  } else {
+    problem = bw::picture::SavePng(picture, path);
+  }
+  if (!problem.empty()) host_.MsgBox(problem, MsgBoxStyle::OKOnly);
 }
 
 }  // namespace bw::gui

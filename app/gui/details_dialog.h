@@ -33,8 +33,10 @@ class DetailsDialog : public QDialog {
   void PlaceOnFirstShow();
 
  public slots:
-  /// Escape and the close box do nothing while the run waits for a button.
+  /// Escape and the close box end a waiting run's wait as "Finish" does.
   void reject() override;
+  /// The shown entry's waveform, as it is in view, into a PNG or SVG file.
+  void SavePicture();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -45,7 +47,7 @@ class DetailsDialog : public QDialog {
   FormBinder binder_;
   WaveformView* waveform_ = nullptr;
   QLabel* entryNumber_ = nullptr;
-  WaveformGeometry drawn_;
+  int shownEntry_ = -1;
   bool placed_ = false;
 };
 

@@ -173,11 +173,12 @@ void FormBinder::Bind(OptionButton& m, QRadioButton* w, const char* name, std::v
   });
 }
 
-void FormBinder::Bind(Button& m, QPushButton* w, const char* name, std::function<void()> onClick) {
+void FormBinder::Bind(Button& m, QPushButton* w, const char* name, std::function<void()> onClick,
+                      std::function<bool()> allowed) {
   w->setObjectName(QString::fromLatin1(name));
   w->setAutoDefault(false);
   QObject::connect(w, &QPushButton::clicked, w, [this, onClick] { Run(onClick); });
-  toWidgets_.push_back([&m, w] {
+  toWidgets_.push_back([&m, w, allowed] {
     bool changed = false;
     // A trailing blank in a caption ("Open ") is kept in the model, not on the button.
     QString caption = LiteralCaption(m.caption).trimmed();
@@ -186,7 +187,7 @@ void FormBinder::Bind(Button& m, QPushButton* w, const char* name, std::function
       changed = true;
     }
     changed |= SyncVisible(w, m.visible);
-    changed |= SyncEnabled(w, m.enabled);
+    changed |= SyncEnabled(w, m.enabled && (!allowed || allowed()));
     return changed;
   });
 }

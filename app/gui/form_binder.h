@@ -45,7 +45,10 @@ class FormBinder {
   /// a click selects this one and clears them, as option buttons do.
   void Bind(OptionButton& m, QRadioButton* w, const char* name, std::vector<OptionButton*> group,
             std::function<void()> onClick = {});
-  void Bind(Button& m, QPushButton* w, const char* name, std::function<void()> onClick);
+  /// `allowed`, when given, must also hold for the button to be enabled (the
+  /// window's guidance on top of the form's own state).
+  void Bind(Button& m, QPushButton* w, const char* name, std::function<void()> onClick,
+            std::function<bool()> allowed = {});
   void Bind(Frame& m, QGroupBox* w, const char* name);
   void Bind(ListBox& m, QListWidget* w, const char* name, std::function<void()> onClick = {});
   void Bind(ComboBox& m, QComboBox* w, const char* name, std::function<void()> onClick = {});

@@ -19,9 +19,19 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <QAction>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QUrl>
+
 #include "adi/adi.h"
 #include "pronto/db_run.h"
 #include "qt_host.h"
+#include "runtime/run_time_error.h"
+#include "tool_tips.h"
 #include "shell/commands.h"
 #include "shell/startup.h"
 #include "slinke/slinke.h"
@@ -35,9 +45,9 @@ constexpr int kTimer1Milliseconds = 1000;
 /// Gap between neighbouring buttons of one row (the style would set them edge to edge).
 constexpr int kButtonSpacing = 6;
 /// The window's first size: room for the whole sample device list and the
-/// largest output panel, without empty acres below it.
-constexpr int kFirstWidth = 980;
-constexpr int kFirstHeight = 560;
+/// largest output panel, without empty acres below it; it fits a 1024x600 screen.
+constexpr int kFirstWidth = 1000;
+constexpr int kFirstHeight = 580;
 
 QLabel* Caption(const char* text, QWidget* buddy = nullptr) {
   auto label = new QLabel(QString::fromLatin1(text));
@@ -102,6 +112,9 @@ MainWindow::MainWindow(Program& p, QtHost& host)
   outerLayout->addWidget(central, 1);
   outerLayout->addWidget(BuildBottomRow());
   setCentralWidget(outer);
+  BuildMenus();
+  BuildStatusBar();
+  ApplyToolTips(this);
 
   timer1_ = new QTimer(this);
   timer1_->setSingleShot(true);
@@ -230,8 +243,11 @@ QWidget* MainWindow::BuildDatabaseFrame() {
   binder_.Bind(f.dbnlbl, dbnlbl, "dbnlbl");
   binder_.Bind(f.dbname, dbname, "dbname");
   auto loadDB = new QPushButton, newDB = new QPushButton;
-  binder_.Bind(f.LoadDB, loadDB, "LoadDB", [this] { LoadDB_Click(p_); });
-  binder_.Bind(f.NewDB, newDB, "NewDB", [this] { NewDB_Click(p_); });
+  // Both dialogs start in "Generated IRDBs"; made first, so that the very
+  // first new database lands there too.
+  auto databaseName = [this] { return SuggestedFileName(p_, "", ".mdb"); };
+  binder_.Bind(f.LoadDB, loadDB, "LoadDB", InFolder("Generated IRDBs", {}, [this] { LoadDB_Click(p_); }));
+  binder_.Bind(f.NewDB, newDB, "NewDB", InFolder("Generated IRDBs", databaseName, [this] { NewDB_Click(p_); }));
   grid->addWidget(dbnlbl, 0, 0);
   grid->addWidget(dbname, 0, 1);
   auto fileButtons = new QHBoxLayout;
@@ -274,11 +290,11 @@ QWidget* MainWindow::BuildDatabaseFrame() {
   auto xqtcmd = new QPushButton;
   xqtcmd->setMinimumWidth(110);
   // The database run shows the hourglass like the other two runs; it sets none itself.
-  binder_.Bind(f.xqtcmd, xqtcmd, "xqtcmd", [this] {
-    host_.SetBusy(true);
-    xqtcmd_Click(p_);
-    host_.SetBusy(false);
-  });
+  binder_.Bind(f.xqtcmd, xqtcmd, "xqtcmd", Reported(RunOutput::Database, [this] {
+                 host_.SetBusy(true);
+                 xqtcmd_Click(p_);
+                 host_.SetBusy(false);
+               }));
   auto actions = new QHBoxLayout;
   actions->setSpacing(kButtonSpacing);
   actions->addStretch(1);
@@ -341,7 +357,7 @@ QWidget* MainWindow::BuildSlinkFrame() {
 
   auto xqt = new QPushButton, done = new QPushButton;
   xqt->setMinimumWidth(110);
-  binder_.Bind(f.cmdSlinkXqt, xqt, "cmdSlinkXqt", [this] { cmdSlinkXqt_Click(p_); });
+  binder_.Bind(f.cmdSlinkXqt, xqt, "cmdSlinkXqt", Reported(RunOutput::Slinke, [this] { cmdSlinkXqt_Click(p_); }));
   binder_.Bind(f.CmdSlinkDone, done, "CmdSlinkDone", [this] { CmdSlinkDone_Click(p_); });
   auto actions = new QHBoxLayout;
   actions->setSpacing(kButtonSpacing);
@@ -380,10 +396,11 @@ QWidget* MainWindow::BuildAdiFrame() {
   auto runButtons = new QHBoxLayout;
   runButtons->setSpacing(kButtonSpacing);
   auto xqt = new QPushButton, add = new QPushButton, next = new QPushButton, all = new QPushButton;
-  binder_.Bind(f.cmdADIxqt, xqt, "cmdADIxqt", [this] { cmdADIxqt_Click(p_); });
-  binder_.Bind(f.CmdADIadd, add, "CmdADIadd", [this] { CmdADIadd_Click(p_); });
-  binder_.Bind(f.cmdADInxtKey, next, "cmdADInxtKey", [this] { cmdADInxtKey_Click(p_); });
-  binder_.Bind(f.cmdadiall, all, "cmdadiall", [this] { cmdadiall_Click(p_); });
+  binder_.Bind(f.cmdADIxqt, xqt, "cmdADIxqt", Reported(RunOutput::Adi, [this] { cmdADIxqt_Click(p_); }));
+  auto waiting = [this] { return AdiKeyButtonsUsable(p_); };
+  binder_.Bind(f.CmdADIadd, add, "CmdADIadd", [this] { CmdADIadd_Click(p_); }, waiting);
+  binder_.Bind(f.cmdADInxtKey, next, "cmdADInxtKey", [this] { cmdADInxtKey_Click(p_); }, waiting);
+  binder_.Bind(f.cmdadiall, all, "cmdadiall", [this] { cmdadiall_Click(p_); }, waiting);
   runButtons->addWidget(add);
   runButtons->addWidget(next);
   runButtons->addWidget(all);
@@ -434,10 +451,16 @@ QWidget* MainWindow::BuildAdiFrame() {
       {f.cmdADIrpl, "cmdADIrpl", &cmdADIrpl_Click}, {f.cmdadiDelete, "cmdadiDelete", &cmdadiDelete_Click},
       {f.cmdAdiNew, "cmdAdiNew", &cmdAdiNew_Click}, {f.cmdADIdone, "cmdADIdone", &cmdADIdone_Click},
   };
+  auto tableName = [this] { return SuggestedFileName(p_, p_.F.ADIdescr.text, ".lir"); };
   for (EditorButton& b : buttons) {
     auto button = new QPushButton;
     auto handler = b.handler;
-    binder_.Bind(b.model, button, b.name, [this, handler] { handler(p_); });
+    std::function<void()> command = [this, handler] { handler(p_); };
+    // Saving a new table asks for a name in "ADI Library".
+    if (handler == &cmdADIsave_Click || handler == &cmdADIdone_Click) command = InFolder("ADI Library", tableName, command);
+    std::function<bool()> allowed;
+    if (handler == &cmdADIrpl_Click) allowed = [this] { return AdiReplaceUsable(p_); };
+    binder_.Bind(b.model, button, b.name, command, allowed);
     editor->addWidget(button);
   }
   grid->addLayout(editor, 2, 0, 1, 6);
@@ -466,6 +489,97 @@ QWidget* MainWindow::BuildBottomRow() {
   h->addSpacing(12);
   h->addWidget(quit);
   return row;
+}
+
+void MainWindow::BuildMenus() {
+  QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
+  file->setObjectName(QStringLiteral("fileMenu"));
+  QAction* import = file->addAction(QStringLiteral("&Import LIRC remotes..."), this, &MainWindow::ImportLircRemotes);
+  import->setObjectName(QStringLiteral("importLirc"));
+  import->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+  import->setStatusTip(QStringLiteral("Turn lircd.conf remote files into device files of the Device Library"));
+  QAction* exportDevice = file->addAction(QStringLiteral("&Export device..."), this, &MainWindow::ExportDevice);
+  exportDevice->setObjectName(QStringLiteral("exportDevice"));
+  exportDevice->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
+  exportDevice->setStatusTip(QStringLiteral("Write the loaded device's codes in another format"));
+  file->addSeparator();
+  QAction* quit = file->addAction(QStringLiteral("&Quit"), this, [this] { host_.Dispatch([this] { quit_Click(p_); }); });
+  quit->setObjectName(QStringLiteral("quitAction"));
+  quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+  QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+  help->setObjectName(QStringLiteral("helpMenu"));
+  QAction* about = help->addAction(QStringLiteral("&About Burstwright"), this, &MainWindow::ShowAbout);
+  about->setObjectName(QStringLiteral("about"));
+  about->setShortcut(QKeySequence(Qt::Key_F1));
+}
+
+void MainWindow::BuildStatusBar() {
+  runReport_ = new QLabel;
+  runReport_->setObjectName(QStringLiteral("runReport"));
+  runReport_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  runReport_->setToolTip(QStringLiteral("What the last run wrote, and where"));
+  outputFolder_ = new QLabel;
+  outputFolder_->setObjectName(QStringLiteral("outputFolder"));
+  outputFolder_->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
+  outputFolder_->setFocusPolicy(Qt::TabFocus);
+  connect(outputFolder_, &QLabel::linkActivated, this,
+          [](const QString& link) { QDesktopServices::openUrl(QUrl(link)); });
+  statusBar()->addWidget(runReport_, 1);
+  statusBar()->addPermanentWidget(outputFolder_);
+  statusBar()->setSizeGripEnabled(true);
+}
+
+std::function<void()> MainWindow::Reported(RunOutput output, std::function<void()> run) {
+  return [this, output, run] {
+    const RunStart start = NoteRunStart(p_, output);
+    const int messagesBefore = host_.messageCount();
+    auto message = [&] { return host_.messageCount() != messagesBefore ? host_.lastMessage() : std::string(); };
+    try {
+      run();
+    } catch (const RunTimeError& e) {
+      if (!host_.quitting())
+        ShowReport(ReportRun(p_, start, message(),
+                             "Run-time error '" + std::to_string(e.number()) + "': " + e.description()));
+      throw;
+    }
+    if (!host_.quitting()) ShowReport(ReportRun(p_, start, message(), {}));
+  };
+}
+
+void MainWindow::ShowReport(const RunReport& report) {
+  runReport_->setText(ToQt(report.text));
+  if (report.folder.empty()) {
+    outputFolder_->clear();
+    outputFolder_->setToolTip(QString());
+    return;
+  }
+  const QString folder = ToQt(report.folder);
+  const QString url = QUrl::fromLocalFile(folder).toString();
+  outputFolder_->setText(QStringLiteral("<a href=\"%1\">%2</a>")
+                             .arg(url.toHtmlEscaped(), QFileInfo(folder).fileName().toHtmlEscaped()));
+  outputFolder_->setToolTip(QStringLiteral("Open %1 in the file manager").arg(folder));
+}
+
+std::function<void()> MainWindow::InFolder(const char* folder, std::function<std::string()> name,
+                                           std::function<void()> command) {
+  return [this, folder, name, command] {
+    EnsureOutputFolder(p_, folder);
+    host_.SuggestNextSaveName(name ? name() : std::string());
+    command();
+    host_.SuggestNextSaveName({});
+  };
+}
+
+void MainWindow::ShowAbout() {
+  QMessageBox::about(this, QStringLiteral("About Burstwright"), ToQt(AboutText(p_)));
+}
+
+void MainWindow::ImportLircRemotes() {
+  host_.MsgBox("Importing LIRC remotes is not part of this build", MsgBoxStyle::OKOnly);
+}
+
+void MainWindow::ExportDevice() {
+  host_.MsgBox("Exporting devices is not part of this build", MsgBoxStyle::OKOnly);
 }
 
 // ---- model and input ----

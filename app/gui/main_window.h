@@ -6,8 +6,12 @@
 
 #include <QMainWindow>
 
+#include <functional>
+#include <string>
+
 #include "form_binder.h"
 #include "shell/program.h"
+#include "shell/window_guide.h"
 
 class QLabel;
 class QTimer;
@@ -28,6 +32,11 @@ class MainWindow : public QMainWindow {
   /// Widgets -> model.
   void TakeInput();
 
+  // ---- the menu commands (also reachable from tests) ----
+  void ImportLircRemotes();
+  void ExportDevice();
+  void ShowAbout();
+
  protected:
   void closeEvent(QCloseEvent* event) override;
 
@@ -39,6 +48,15 @@ class MainWindow : public QMainWindow {
   QWidget* BuildSlinkFrame();
   QWidget* BuildAdiFrame();
   QWidget* BuildBottomRow();
+  void BuildMenus();
+  void BuildStatusBar();
+
+  /// `run` with its status line: what it wrote and where, or why nothing.
+  std::function<void()> Reported(RunOutput output, std::function<void()> run);
+  void ShowReport(const RunReport& report);
+  /// A core command that opens a file dialog in `folder` (created first) offering `name`.
+  std::function<void()> InFolder(const char* folder, std::function<std::string()> name,
+                                 std::function<void()> command);
 
   Program& p_;
   QtHost& host_;
@@ -46,6 +64,9 @@ class MainWindow : public QMainWindow {
   QTimer* timer1_ = nullptr;
   /// Repeats the status text while the status box itself is hidden.
   QLabel* statusEcho_ = nullptr;
+  /// The status bar: the last run's line and its output folder as a link.
+  QLabel* runReport_ = nullptr;
+  QLabel* outputFolder_ = nullptr;
   bool placed_ = false;
 };
 

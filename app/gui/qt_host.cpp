@@ -61,6 +61,19 @@ MsgBoxResult QtHost::MsgBox(const std::string& text, MsgBoxStyle style) {
                                         : (style == MsgBoxStyle::YesNo ? MsgBoxResult::No : MsgBoxResult::Cancel);
   }
   ShowModel();
+  ++messageCount_;
+  // One line for the status bar: each run of line breaks becomes a blank.
+  lastMessage_.clear();
+  bool gap = false;
+  for (char c : text) {
+    if (c == '\r' || c == '\n') {
+      gap = true;
+      continue;
+    }
+    if (gap && !lastMessage_.empty()) lastMessage_ += ' ';
+    gap = false;
+    lastMessage_ += c;
+  }
   QWidget* parent = QApplication::activeWindow();
   if (!parent) parent = main_;
   QMessageBox box(parent);
@@ -131,7 +144,8 @@ QString QtHost::StartFolder(const std::string& startPath) {
   return ToQt(path.string());
 }
 
-std::string QtHost::FileDialog(bool save, const std::string& filter, const std::string& startPath) {
+std::string QtHost::FileDialog(bool save, const std::string& filter, const std::string& startPath,
+                               const std::string& suggestedName) {
   if (quitting_) return std::string();
   ShowModel();
   QWidget* parent = QApplication::activeWindow();
@@ -148,6 +162,7 @@ std::string QtHost::FileDialog(bool save, const std::string& filter, const std::
     QString pattern = ToQt(filter).section(QLatin1Char('|'), 1, 1).section(QLatin1Char(';'), 0, 0);
     if (pattern.startsWith(QStringLiteral("*.")) && pattern.indexOf(QLatin1Char('*'), 1) < 0)
       dialog.setDefaultSuffix(pattern.mid(2));
+    if (!suggestedName.empty()) dialog.selectFile(ToQt(suggestedName));
   }
   const bool wasBusy = busy_;
   if (wasBusy) SetBusy(false);
@@ -162,7 +177,14 @@ std::string QtHost::OpenFileDialog(const std::string& filter, const std::string&
 }
 
 std::string QtHost::SaveFileDialog(const std::string& filter, const std::string& startPath) {
-  return FileDialog(true, filter, startPath);
+  std::string suggested;
+  suggested.swap(suggestedName_);
+  return FileDialog(true, filter, startPath, suggested);
+}
+
+std::string QtHost::SaveFileDialogNamed(const std::string& filter, const std::string& startPath,
+                                        const std::string& suggestedName) {
+  return FileDialog(true, filter, startPath, suggestedName);
 }
 
 // ---- events, the details dialog, the cursor, quitting ----

@@ -43,6 +43,15 @@ class QtHost : public Host {
 
   bool quitting() const { return quitting_; }
 
+  /// A save dialog with `suggestedName` filled in (for the window's own files).
+  std::string SaveFileDialogNamed(const std::string& filter, const std::string& startPath,
+                                  const std::string& suggestedName);
+  /// The next save dialog a core command opens gets this name filled in.
+  void SuggestNextSaveName(const std::string& name) { suggestedName_ = name; }
+  /// Message boxes shown so far, and the text of the last one (lines joined).
+  int messageCount() const { return messageCount_; }
+  const std::string& lastMessage() const { return lastMessage_; }
+
   /// "MDB Files (*.mdb)|*.mdb" -> "MDB Files (*.mdb)" (pairs of text|patterns).
   static QString QtFilter(const std::string& filter);
   /// The folder a dialog starts in: the path's folder when it ends in a
@@ -50,7 +59,8 @@ class QtHost : public Host {
   static QString StartFolder(const std::string& startPath);
 
  private:
-  std::string FileDialog(bool save, const std::string& filter, const std::string& startPath);
+  std::string FileDialog(bool save, const std::string& filter, const std::string& startPath,
+                         const std::string& suggestedName = {});
 
   Program& p_;
   MainWindow* main_ = nullptr;
@@ -59,6 +69,9 @@ class QtHost : public Host {
   bool quitting_ = false;
   /// Consecutive DoEvents calls that found nothing to show: a wait loop.
   int idleRounds_ = 0;
+  std::string suggestedName_;
+  int messageCount_ = 0;
+  std::string lastMessage_;
 };
 
 }  // namespace bw::gui

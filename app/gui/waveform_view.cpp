@@ -1,23 +1,39 @@
 #include "waveform_view.h"
 
-#include <QPainter>
-#include <QPainterPath>
+#include <cmath>
 
-#include "details/details.h"
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyleOptionFocusRect>
+#include <QStylePainter>
+#include <QWheelEvent>
+
+#include "picture_painter.h"
 
 namespace bw::gui {
 
 namespace {
 
-const QColor kBackground(0xfb, 0xfc, 0xfe);
-const QColor kGrid(0xe3, 0xe8, 0xef);
-const QColor kBaseline(0xb8, 0xc2, 0xcf);
-const QColor kOnce(0x1f, 0x5f, 0xbf);
-const QColor kRepeat(0xd9, 0x5d, 0x10);
-const QColor kLegendText(0x4a, 0x55, 0x68);
+/// Side margin of the plot inside the picture (as LayOutWaveform places it).
+constexpr double kPlotMargin = 12;
+/// One wheel notch or "+" zooms by this factor.
+constexpr double kZoomStep = 1.25;
+/// One arrow key or wheel notch with Shift scrolls this share of the view.
+constexpr double kScrollStep = 0.1;
+/// Page Up / Page Down scroll this share, keeping a little of the last view.
+constexpr double kPageStep = 0.9;
 
-/// Grid lines across the view: tenths of its width.
-constexpr int kGridDivisions = 10;
+bool SameGeometry(const WaveformGeometry& a, const WaveformGeometry& b) {
+  if (a.start != b.start || a.width != b.width || a.total != b.total || a.onceEnd != b.onceEnd ||
+      a.marks.size() != b.marks.size())
+    return false;
+  for (std::size_t i = 0; i < a.marks.size(); ++i)
+    if (a.marks[i].start != b.marks[i].start || a.marks[i].repeat != b.marks[i].repeat) return false;
+  return true;
+}
 
 }  // namespace
 
@@ -25,63 +41,99 @@ WaveformView::WaveformView(const Program& p, QWidget* parent) : QWidget(parent),
   setObjectName(QStringLiteral("Shape1"));
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   setAttribute(Qt::WA_OpaquePaintEvent);
+  setFocusPolicy(Qt::StrongFocus);
+  setCursor(Qt::OpenHandCursor);
+  setToolTip(QStringLiteral(
+      "The entry's signal: carrier-on blocks over time in milliseconds, the part sent once in blue, the "
+      "repeated part in orange.\nWheel zooms about the pointer, Shift+wheel or dragging scrolls; keys: "
+      "arrows and Page Up/Down scroll, + and - zoom, Home/End go to the start/end, 0 resets.\n"
+      "Right-click to save the picture."));
 }
+
+void WaveformView::ResetView() {
+  viewport_ = {};
+  Changed();
+}
+
+bool WaveformView::Refresh() {
+  WaveformGeometry g = DrawWaveform(p_, viewport_);
+  if (SameGeometry(g, drawn_)) return false;
+  drawn_ = std::move(g);
+  update();
+  return true;
+}
+
+void WaveformView::Changed() { Refresh(); }
+
+double WaveformView::PlotWidth() const { return qMax(1.0, width() - 2 * kPlotMargin); }
+
+double WaveformView::PlotFraction(double x) const { return qBound(0.0, (x - kPlotMargin) / PlotWidth(), 1.0); }
 
 void WaveformView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing, true);
-  const QRectF all = rect();
-  painter.fillRect(all, kBackground);
-
-  const double marginX = 8, legendHeight = 18, marginBottom = 10;
-  const QRectF plot(marginX, legendHeight + 6, all.width() - 2 * marginX,
-                    all.height() - legendHeight - 6 - marginBottom);
-
-  painter.setPen(QPen(kGrid, 1));
-  for (int i = 0; i <= kGridDivisions; ++i) {
-    double x = plot.left() + plot.width() * i / kGridDivisions;
-    painter.drawLine(QPointF(x, plot.top()), QPointF(x, plot.bottom()));
+  drawn_ = DrawWaveform(p_, viewport_);
+  bw::picture::PaintPicture(painter, LayOutWaveform(drawn_, width(), height()));
+  if (hasFocus()) {
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 1, Qt::DotLine));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
   }
-  painter.setPen(QPen(kBaseline, 1, Qt::DashLine));
-  painter.drawLine(plot.bottomLeft(), plot.bottomRight());
-  painter.drawLine(plot.topLeft(), plot.topRight());
+}
 
-  const WaveformGeometry g = DrawWaveform(p_);
-  if (g.viewWidth > 0) {
-    painter.save();
-    painter.setClipRect(plot.adjusted(-1, -2, 1, 2));
-    auto stroke = [&](const std::vector<WavePoint>& line, const QColor& colour) {
-      if (line.size() < 2) return;
-      QPainterPath path;
-      for (std::size_t i = 0; i < line.size(); ++i) {
-        QPointF at(plot.left() + line[i].x / g.viewWidth * plot.width(),
-                   plot.bottom() - line[i].y * plot.height());
-        if (i == 0) path.moveTo(at);
-        else path.lineTo(at);
-      }
-      painter.setPen(QPen(colour, 1.6, Qt::SolidLine, Qt::FlatCap, Qt::MiterJoin));
-      painter.drawPath(path);
-    };
-    stroke(g.once, kOnce);
-    stroke(g.repeat, kRepeat);
-    painter.restore();
+void WaveformView::wheelEvent(QWheelEvent* event) {
+  const QPoint delta = event->angleDelta();
+  const bool sideways = delta.x() != 0 || (event->modifiers() & Qt::ShiftModifier);
+  const double notches = (sideways ? (delta.x() != 0 ? delta.x() : delta.y()) : delta.y()) / 120.0;
+  if (sideways) ScrollWaveform(p_, viewport_, -notches * kScrollStep);
+  else ZoomWaveform(p_, viewport_, std::pow(kZoomStep, notches), PlotFraction(event->position().x()));
+  Changed();
+  event->accept();
+}
+
+void WaveformView::mousePressEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return QWidget::mousePressEvent(event);
+  dragging_ = true;
+  dragX_ = event->position().x();
+  setCursor(Qt::ClosedHandCursor);
+}
+
+void WaveformView::mouseMoveEvent(QMouseEvent* event) {
+  if (!dragging_) return;
+  const double x = event->position().x();
+  ScrollWaveform(p_, viewport_, -(x - dragX_) / PlotWidth());
+  dragX_ = x;
+  Changed();
+}
+
+void WaveformView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return QWidget::mouseReleaseEvent(event);
+  dragging_ = false;
+  setCursor(Qt::OpenHandCursor);
+}
+
+void WaveformView::keyPressEvent(QKeyEvent* event) {
+  switch (event->key()) {
+    case Qt::Key_Left: ScrollWaveform(p_, viewport_, -kScrollStep); break;
+    case Qt::Key_Right: ScrollWaveform(p_, viewport_, kScrollStep); break;
+    case Qt::Key_PageUp: ScrollWaveform(p_, viewport_, -kPageStep); break;
+    case Qt::Key_PageDown: ScrollWaveform(p_, viewport_, kPageStep); break;
+    case Qt::Key_Home: ScrollWaveform(p_, viewport_, -1e9); break;
+    case Qt::Key_End: ScrollWaveform(p_, viewport_, 1e9); break;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal: ZoomWaveform(p_, viewport_, kZoomStep); break;
+    case Qt::Key_Minus: ZoomWaveform(p_, viewport_, 1 / kZoomStep); break;
+    case Qt::Key_0: viewport_ = {}; break;
+    default: return QWidget::keyPressEvent(event);
   }
+  Changed();
+}
 
-  // Legend: which colour is which part.
-  QFont small = font();
-  small.setPointSizeF(small.pointSizeF() * 0.9);
-  painter.setFont(small);
-  double x = plot.left();
-  auto legend = [&](const QColor& colour, const QString& text) {
-    painter.setPen(QPen(colour, 3));
-    painter.drawLine(QPointF(x, legendHeight / 2 + 2), QPointF(x + 18, legendHeight / 2 + 2));
-    painter.setPen(kLegendText);
-    QRectF textRect(x + 24, 0, 200, legendHeight + 4);
-    painter.drawText(textRect, Qt::AlignVCenter | Qt::AlignLeft, text);
-    x += 24 + painter.fontMetrics().horizontalAdvance(text) + 18;
-  };
-  legend(kOnce, QStringLiteral("sent once"));
-  legend(kRepeat, QStringLiteral("repeated"));
+void WaveformView::contextMenuEvent(QContextMenuEvent* event) {
+  QMenu menu(this);
+  menu.addAction(QStringLiteral("Save Picture..."), this, &WaveformView::savePictureRequested);
+  menu.addAction(QStringLiteral("Reset View"), this, [this] { ResetView(); });
+  menu.exec(event->globalPos());
 }
 
 }  // namespace bw::gui

@@ -126,6 +126,7 @@ void AnswerFileDialog(const std::string& path, FileDialogSeen* seen) {
            seen->shown = true;
            seen->filter = dialog->nameFilters().join(QStringLiteral(";;"));
            seen->folder = dialog->directory().absolutePath();
+           if (auto name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))) seen->name = name->text();
          }
          if (path.empty()) {
            dialog->reject();

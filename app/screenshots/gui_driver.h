@@ -48,6 +48,7 @@ struct FileDialogSeen {
   bool shown = false;
   QString filter;
   QString folder;
+  QString name;  ///< the file name the dialog offered
 };
 void AnswerFileDialog(const std::string& path, FileDialogSeen* seen = nullptr);
 

@@ -8,6 +8,7 @@
 
 #include "jet/database.h"
 #include "pronto/db_access.h"
+#include "runtime/path_problems.h"
 #include "runtime/run_time_error.h"
 
 namespace {
@@ -45,11 +46,21 @@ std::vector<NewTable> IrTables() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::fprintf(stderr, "usage: make_template OUTPUT.mdb\n");
+  const char* const usage = "usage: make_template OUTPUT.mdb\n";
+  if (argc == 2 && (std::string(argv[1]) == "--help" || std::string(argv[1]) == "-h")) {
+    std::fputs(usage, stdout);
+    return 0;
+  }
+  // An option is never a database name: "--help" must not become a file.
+  if (argc != 2 || argv[1][0] == '-') {
+    std::fputs(usage, stderr);
     return 2;
   }
   std::string out = argv[1];
+  if (const std::string problem = bw::NewFileProblem(out); !problem.empty()) {
+    std::fprintf(stderr, "make_template: can not write %s: %s\n", out.c_str(), problem.c_str());
+    return 1;
+  }
   std::string temp = out + ".new";
   try {
     std::filesystem::remove(temp);
@@ -57,10 +68,10 @@ int main(int argc, char** argv) {
     db->Close();
     std::filesystem::rename(temp, out);
   } catch (const bw::RunTimeError& e) {
-    std::fprintf(stderr, "make_template: %s\n", e.description().c_str());
+    std::fprintf(stderr, "make_template: %s: %s\n", out.c_str(), e.description().c_str());
     return 1;
   } catch (const std::exception& e) {
-    std::fprintf(stderr, "make_template: %s\n", e.what());
+    std::fprintf(stderr, "make_template: %s: %s\n", out.c_str(), e.what());
     return 1;
   }
   return 0;

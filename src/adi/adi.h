@@ -15,6 +15,9 @@ namespace bw {
 /// Fills p.CurrentLirRecord; false (after the "too complex" message) when no record was made.
 bool EncodeLirRecord(Program& p, int key);
 void ReadLirFile(Program& p, const std::filesystem::path& path);
+/// "" when the file is whole records; otherwise a warning naming the file and the
+/// record it ends inside (that record is still read, its missing bytes as 0).
+std::string LirPartialRecordWarning(const std::filesystem::path& path);
 void WriteLirFile(Program& p, const std::filesystem::path& path);
 void ShowLirRecord(Program& p);
 

@@ -63,6 +63,7 @@ void cmdADIOpen_Click(Program& p) {
     b->enabled = true;
   for (Button* b : {&f.cmdADInxtKey, &f.cmdadiall, &f.cmdAdiNew, &f.cmdADIOpen}) b->enabled = false;
   ReadLirFile(p, path);
+  if (const std::string warning = LirPartialRecordWarning(path); !warning.empty()) p.Message(warning);
   f.adiFsize.caption = Format(p.Lir.UpperBound(), "0");
   f.ADIRecnmb.text = "1";
   ShowLirRecord(p);

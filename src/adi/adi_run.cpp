@@ -26,14 +26,14 @@ class BusyCursor {
 };
 
 /// The frame after a run, also when it ended with an error: nothing waits any
-/// more, so "Next Key " and "All Keys" go off; a new run may start; and the
-/// table now holds what the run added, so the editor commands are on as after
-/// "Open " ("Add" stays on and appends the last generated record again).
+/// more, so "Add", "Next Key " and "All Keys" go off (an "Add" now would append
+/// the last key a second time); a new run may start; and the table now holds
+/// what the run added, so the editor commands are on as after "Open ".
 void SetButtonsAfterRun(MainForm& f) {
   f.cmdADIxqt.enabled = true;
   f.cmdADInxtKey.enabled = false;
   f.cmdadiall.enabled = false;
-  f.CmdADIadd.enabled = true;
+  f.CmdADIadd.enabled = false;
   f.cmdADIsave.enabled = true;
   f.cmdADIrpl.enabled = true;
   f.cmdadiDelete.enabled = true;
@@ -107,6 +107,7 @@ void RunADIOutput(Program& p) {
 
 void WriteADIEntry(Program& p, int key, int32_t argument) {
   if (!EncodeLirRecord(p, key)) return;  // too complex: the key is not offered
+  p.LirRecordGenerated = true;
   if (p.F.Check1.value == 1) {
     const LirRecord& r = p.CurrentLirRecord;
     ShowEntryDetails(p, Trim(FromCp1252(std::string_view(r.Name.data(), r.Name.size()))));
@@ -118,6 +119,11 @@ void WriteADIEntry(Program& p, int key, int32_t argument) {
     return;
   }
   p.AdiKeyChoice = 0;
+  p.AdiWaitingAtKey = true;
+  struct EndWait {
+    Program& p;
+    ~EndWait() { p.AdiWaitingAtKey = false; }
+  } endWait{p};
   while (p.AdiKeyChoice == 0 && !p.QuitRequested) p.host->DoEvents();
   // "Add" has added the record itself and set 1; only "All Keys" leaves the adding to this step.
   if (p.AdiKeyChoice == 2) AddLirRecord(p);
@@ -127,6 +133,7 @@ void AddLirRecord(Program& p) {
   LirTable& t = p.Lir;
   int16_t number = CInt(t.UpperBound() + 1);
   t.records.push_back(p.CurrentLirRecord);
+  ++p.EntriesWritten;
   // The new record becomes the current one, so that the number shown and the
   // record that Prior, Next, RPL and Del work on agree.
   t.Current = number;

@@ -157,6 +157,16 @@ void ReadLirFile(Program& p, const std::filesystem::path& path) {
   t.Changed = false;
 }
 
+std::string LirPartialRecordWarning(const std::filesystem::path& path) {
+  std::error_code ec;
+  const auto size = std::filesystem::file_size(path, ec);
+  const auto tail = ec ? 0 : size % LirRecord::kSize;
+  if (tail == 0) return "";
+  return path.string() + " ends " + std::to_string(tail) + " bytes into record " +
+         std::to_string(size / LirRecord::kSize + 1) + ": a record is " + std::to_string(LirRecord::kSize) +
+         " bytes, the rest of that one reads as 0";
+}
+
 void WriteLirFile(Program& p, const std::filesystem::path& path) {
   // Opened for update, never truncated: a longer file keeps its old records
   // behind the new ones (the editor asks before it writes over a file).

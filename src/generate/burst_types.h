@@ -48,4 +48,17 @@ struct BurstSequence {
   bool MarkedForRecognize = false;
 };
 
+struct Program;
+
+/// The writer of each per-key output, as the shell installs them. The generator
+/// hands every finished entry to the one the format flags select, so it knows
+/// the writers only through this table and includes none of them. A writer left
+/// empty receives nothing.
+struct EntryWriters {
+  using Writer = void (*)(Program& p, int key, int32_t argument);
+  Writer SlinkTxOnly = nullptr;
+  Writer ADI = nullptr;
+  Writer Pronto = nullptr;
+};
+
 }  // namespace bw

@@ -5,13 +5,10 @@
 #include <string>
 #include <utility>
 
-#include "adi/adi.h"
 #include "input/defines.h"
 #include "input/subroutines.h"
-#include "pronto/pronto_code.h"
 #include "protocol/protocol.h"
 #include "runtime/numbers.h"
-#include "slinke/slinke.h"
 
 namespace bw {
 
@@ -218,20 +215,17 @@ void AutoGenerateEntry(Program& p, int16_t functionCode, int32_t deviceCode) {
 
 void DispatchEntry(Program& p, int key, int32_t argument) {
   if (p.SnapMode) SnapHook();
+  EntryWriters::Writer writer = nullptr;
   if (p.FormatSlinkTxOnly) {
-    WriteSlinkRawEntry(p, key, p.Keys[key].Label);
+    writer = p.Writers.SlinkTxOnly;
   } else if (p.FormatADI) {
-    WriteADIEntry(p, key, argument);
+    writer = p.Writers.ADI;
   } else if (p.FormatPronto) {
-    const std::string& name = p.Protocol.ProtocolName;
-    if (name == "RC5" || name == "RC6") {
-      ProntoWriteBiphaseCode(p, key, name);
-    } else {
-      ProntoWriteCode(p, argument);
-    }
+    writer = p.Writers.Pronto;
   }
   // Tx/Rx alone: that writer works from the protocol description, not from
   // per-key bursts, so nothing is written here.
+  if (writer != nullptr) writer(p, key, argument);
 }
 
 void SnapHook() {}

@@ -72,6 +72,7 @@ void ReadCodeList(Program& p, std::string_view list, const DeviceReaderState& s,
 
 void ReadKeyLine(Program& p, std::string line, const DeviceReaderState& s) {
   KeyEntry key;
+  key.Line = p.Source.line;
   key.Label = GetToken(line, "=");
   if (p.F.format.text == "RAW") {
     key.RawText = line;

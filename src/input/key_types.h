@@ -24,6 +24,7 @@ struct KeyEntry {
   std::vector<KeyCode> FirstCodes{};
   std::vector<KeyCode> SecondCodes{};
   std::vector<std::string> Options{};  ///< key-level DEFINES lines, name=value as written
+  int Line = 0;              ///< the device file line it was read from (0: not read from a file)
 };
 
 /// Entry 0 is always present and never filled; the first key is at index 1.

@@ -14,6 +14,22 @@ uint16_t SlotEntry(const Bytes& page, bool jet4, int i) {
   return Get16(&page[DataPageHeaderSize(jet4) + 2 * size_t(i)]);
 }
 
+bool SlotsAreSound(const Bytes& page, bool jet4) {
+  const size_t header = DataPageHeaderSize(jet4);
+  if (page.size() < header) return false;
+  // A row id has one byte for the row: a page holds at most 256 rows.
+  if (SlotCount(page, jet4) > 256) return false;
+  const size_t tableEnd = header + 2 * size_t(SlotCount(page, jet4));
+  if (tableEnd > page.size()) return false;
+  size_t previous = page.size();
+  for (size_t i = 0; i < SlotCount(page, jet4); ++i) {
+    size_t start = SlotEntry(page, jet4, int(i)) & row_flag::kOffsetMask;
+    if (start < tableEnd || start > previous) return false;
+    previous = start;
+  }
+  return true;
+}
+
 void SlotBounds(const Bytes& page, bool jet4, int i, size_t& start, size_t& length) {
   start = SlotEntry(page, jet4, i) & row_flag::kOffsetMask;
   size_t end = i == 0 ? page.size() : (SlotEntry(page, jet4, i - 1) & row_flag::kOffsetMask);

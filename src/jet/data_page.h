@@ -28,7 +28,12 @@ uint16_t SlotCount(const Bytes& page, bool jet4);
 inline uint32_t PageOwner(const Bytes& page) { return Get32(&page[4]); }
 /// The raw offset entry of slot `i` (flags included).
 uint16_t SlotEntry(const Bytes& page, bool jet4, int i);
-/// Offset and length of slot `i`'s bytes. Throws 3049-style corruption on nonsense.
+/// True when the page's row table lies inside the page and every row starts
+/// after that table and no later than the row before it (so rows never
+/// overlap and never leave the page). Pages read from a file must pass before
+/// any other function here is used on them.
+bool SlotsAreSound(const Bytes& page, bool jet4);
+/// Offset and length of slot `i`'s bytes (an empty slot where the offsets make no sense).
 void SlotBounds(const Bytes& page, bool jet4, int i, size_t& start, size_t& length);
 /// All slots of the page.
 std::vector<Slot> ReadSlots(const Bytes& page, bool jet4);

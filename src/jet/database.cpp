@@ -69,6 +69,8 @@ uint32_t Database::AllocatePage(const Bytes& page) {
   return n;
 }
 
+void Database::FreePage(uint32_t page) { UsageMap(file(), kFreePageMap, true).Set(page, true, nullptr); }
+
 void Database::LoadCatalog() {
   catalog_.clear();
   PageFile& f = file();

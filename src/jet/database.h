@@ -26,6 +26,7 @@ namespace bw::jet {
 struct NewTable {
   std::string name;
   std::vector<NewColumn> columns;
+  std::vector<NewIndex> indexes = {};  ///< column numbers are positions in `columns`
 };
 
 /// One catalog entry (a row of MSysObjects).
@@ -66,6 +67,8 @@ class Database {
   PageFile& file();
   /// Appends a page and marks it used in the database's free-page map.
   uint32_t AllocatePage(const Bytes& page);
+  /// Marks a page free in the database's free-page map (its bytes stay).
+  void FreePage(uint32_t page);
 
  private:
   Database() = default;

@@ -1,12 +1,13 @@
 // Database::Create: a new Jet 4 file with Access's system tables (MSysObjects,
-// MSysACEs, MSysQueries, MSysRelationships), the catalog rows of the
-// containers Access and Jet keep, the permission rows of the default
-// workgroup, and the given user tables (without indexes).
+// MSysACEs, MSysQueries, MSysRelationships) and the indexes Access gives
+// them, the catalog rows of the containers Access and Jet keep, the
+// permission rows of the default workgroup, and the given user tables.
 #include <cmath>
 #include <ctime>
 
 #include "jet/data_page.h"
 #include "jet/database.h"
+#include "jet/index_tree.h"
 #include "jet/jet_errors.h"
 #include "jet/usage_map.h"
 
@@ -87,7 +88,18 @@ struct TableSpec {
   std::string name;
   std::vector<NewColumn> columns;
   bool system;
+  std::vector<NewIndex> indexes = {};
 };
+
+/// An index as Access makes it on a system table; columns by position.
+NewIndex SystemIndex(const char* name, std::vector<uint16_t> columns, uint8_t flags, bool primary = false) {
+  NewIndex ix;
+  ix.name = name;
+  for (uint16_t c : columns) ix.columns.push_back({c, true});
+  ix.flags = uint8_t(index_flag::kJet4 | flags);
+  ix.primaryKey = primary;
+  return ix;
+}
 
 std::vector<TableSpec> SystemTables() {
   using T = ColumnType;
@@ -99,19 +111,27 @@ std::vector<TableSpec> SystemTables() {
         {"Connect", T::kMemo},     {"ForeignName", T::kText, 255}, {"RmtInfoShort", T::kBinary, 510},
         {"RmtInfoLong", T::kOle},  {"Lv", T::kOle},              {"LvProp", T::kOle},
         {"LvModule", T::kOle},     {"LvExtra", T::kOle}},
-       true},
+       true,
+       // Jet finds objects by these two.
+       {SystemIndex("ParentIdName", {1, 2}, index_flag::kUnique),
+        SystemIndex("Id", {0}, index_flag::kUnique, true)}},
       {"MSysACEs",
        {{"ObjectId", T::kLong}, {"SID", T::kBinary, 510}, {"ACM", T::kLong}, {"FInheritable", T::kBoolean, 0, false}},
-       true},
+       true,
+       {SystemIndex("ObjectId", {0}, index_flag::kRequired)}},
       {"MSysQueries",
        {{"ObjectId", T::kLong}, {"Attribute", T::kByte}, {"Order", T::kBinary, 510}, {"Name1", T::kText, 255},
         {"Name2", T::kText, 255}, {"Expression", T::kMemo}, {"Flag", T::kInteger}, {"LvExtra", T::kLong}},
-       true},
+       true,
+       {SystemIndex("ObjectIdAttribute", {0, 1, 2}, index_flag::kUnique, true)}},
       {"MSysRelationships",
        {{"szRelationship", T::kText, 255}, {"grbit", T::kLong}, {"ccolumn", T::kLong}, {"icolumn", T::kLong},
         {"szObject", T::kText, 255}, {"szColumn", T::kText, 255}, {"szReferencedObject", T::kText, 255},
         {"szReferencedColumn", T::kText, 255}},
-       true},
+       true,
+       {SystemIndex("szRelationship", {0}, index_flag::kIgnoreNulls),
+        SystemIndex("szObject", {4}, index_flag::kIgnoreNulls),
+        SystemIndex("szReferencedObject", {6}, index_flag::kIgnoreNulls)}},
   };
 }
 
@@ -138,17 +158,31 @@ std::unique_ptr<Database> Database::Create(const std::string& path, const std::v
                              {Slot{0, BuildInlineMap(mapLength, 0, free, false)}, Slot{0, Bytes(mapLength, 0)}}));
 
   std::vector<TableSpec> specs = SystemTables();
-  for (const auto& t : tables) specs.push_back({t.name, t.columns, false});
+  for (const auto& t : tables) specs.push_back({t.name, t.columns, false, t.indexes});
+  // Pages: the table definitions, one page of usage maps (two per table, then
+  // one per index), then each index's empty root leaf.
   const uint32_t firstTdef = 2;
   const uint32_t mapPage = firstTdef + uint32_t(specs.size());
-  for (size_t i = 0; i < specs.size(); ++i) {
-    RowId owned{mapPage, uint8_t(2 * i)}, freeSpace{mapPage, uint8_t(2 * i + 1)};
-    uint32_t got = db->AllocatePage(BuildJet4TableDef(specs[i].columns, specs[i].system, owned, freeSpace, 0));
-    if (got != firstTdef + i) ThrowCorrupt(path);
-  }
+  uint32_t nextRoot = mapPage + 1;
+  size_t nextMapRow = 2 * specs.size();
   std::vector<Slot> maps;
   for (size_t i = 0; i < 2 * specs.size(); ++i) maps.push_back(Slot{0, BuildInlineMap(mapLength, 0, {}, false)});
+  for (auto& spec : specs)
+    for (auto& ix : spec.indexes) {
+      ix.rootPage = nextRoot++;
+      ix.usageMap = RowId{mapPage, uint8_t(nextMapRow++)};
+      maps.push_back(Slot{0, BuildInlineMap(mapLength, ix.rootPage, {ix.rootPage}, false)});
+    }
+  for (size_t i = 0; i < specs.size(); ++i) {
+    RowId owned{mapPage, uint8_t(2 * i)}, freeSpace{mapPage, uint8_t(2 * i + 1)};
+    uint32_t got = db->AllocatePage(
+        BuildJet4TableDef(specs[i].columns, specs[i].system, owned, freeSpace, 0, specs[i].indexes));
+    if (got != firstTdef + i) ThrowCorrupt(path);
+  }
   db->AllocatePage(BuildDataPage(true, f.pageSize(), 0, maps));
+  for (size_t i = 0; i < specs.size(); ++i)
+    for (const auto& ix : specs[i].indexes)
+      if (db->AllocatePage(EmptyIndexLeaf(firstTdef + uint32_t(i), f.pageSize())) != ix.rootPage) ThrowCorrupt(path);
 
   // The catalog.
   const int32_t kRoot = 0x0F000000, kTables = 0x0F000001, kDatabases = 0x0F000002, kRelationships = 0x0F000003;

@@ -25,6 +25,8 @@ inline constexpr int kUnrecognizedFormat = 3343;
 inline constexpr int kObjectInvalid = 3420;
 inline constexpr int kDataTypeConversion = 3421;
 inline constexpr int kDiskIo = 3043;
+inline constexpr int kDuplicateKey = 3022;
+inline constexpr int kNullInIndex = 3058;
 }  // namespace jet_err
 
 [[noreturn]] inline void ThrowJet(int number, std::string text) { throw RunTimeError(number, std::move(text)); }
@@ -70,6 +72,15 @@ inline constexpr int kDiskIo = 3043;
 [[noreturn]] inline void ThrowConversion() { ThrowJet(jet_err::kDataTypeConversion, "Data type conversion error."); }
 [[noreturn]] inline void ThrowObjectInvalid() {
   ThrowJet(jet_err::kObjectInvalid, "Object invalid or no longer set.");
+}
+[[noreturn]] inline void ThrowDuplicateKey() {
+  ThrowJet(jet_err::kDuplicateKey,
+           "The changes you requested to the table were not successful because they would create duplicate values "
+           "in the index, primary key, or relationship. Change the data in the field or fields that contain "
+           "duplicate data, remove the index, or redefine the index to allow duplicate entries and try again.");
+}
+[[noreturn]] inline void ThrowNullInIndex() {
+  ThrowJet(jet_err::kNullInIndex, "Index or primary key cannot contain a Null value.");
 }
 [[noreturn]] inline void ThrowDiskIo(const std::string& path) {
   ThrowJet(jet_err::kDiskIo, "Disk or network error. (" + path + ")");

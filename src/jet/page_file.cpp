@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cmath>
 
+#include "jet/data_page.h"
 #include "jet/jet_errors.h"
 
 namespace bw::jet {
@@ -30,8 +31,14 @@ constexpr size_t kJet3SortOrderOffset = 0x3A;
 constexpr size_t kJet4SortOrderOffset = 0x6E;
 constexpr size_t kCreationDateOffset = 0x72;
 constexpr char kMagic[] = "Standard Jet DB";
+constexpr size_t kPageZeroTableOffset = 0xE00;
+constexpr size_t kPageZeroTableEntries = 256;
+// The dates an OLE date can hold: 1 January 100 to 31 December 9999.
+constexpr double kFirstOleDate = -657434.0;
+constexpr double kLastOleDate = 2958466.0;
 
 std::atomic<int> g_writesLeft{-1};
+std::atomic<int> g_writesBeforeFailure{-1};
 
 std::array<uint8_t, kJet4MaskLength> HeaderMask() {
   std::array<uint8_t, 256> s;
@@ -58,16 +65,54 @@ void ApplyHeaderMask(Bytes& page, size_t length) {
   for (size_t i = 0; i < length; ++i) page[kHeaderMaskStart + i] ^= mask[i];
 }
 
-/// Jet 4 also masks the password with the whole days of the creation date.
+/// Jet 4 also masks the password with the whole days of the creation date
+/// (which must be a date: see IsOleDate).
 std::array<uint8_t, 4> DateMask(double creationDate) {
   std::array<uint8_t, 4> m;
   Put32(m.data(), uint32_t(int32_t(creationDate)));
   return m;
 }
 
+bool IsOleDate(double d) { return d >= kFirstOleDate && d < kLastOleDate; }
+
 }  // namespace
 
 void PageFile::StopWritesAfter(int writes) { g_writesLeft = writes; }
+void PageFile::FailWriteAfter(int writes) { g_writesBeforeFailure = writes; }
+
+void PageFile::Begin() {
+  if (groupDepth_++ > 0) return;
+  groupPageCount_ = pageCount_;
+  groupBefore_.clear();
+  groupSaved_.clear();
+}
+
+void PageFile::Commit() {
+  if (groupDepth_ > 0 && --groupDepth_ == 0) {
+    groupBefore_.clear();
+    groupSaved_.clear();
+  }
+}
+
+void PageFile::Rollback() {
+  if (groupDepth_ == 0) return;
+  if (--groupDepth_ > 0) return;  // the outermost group puts the file back
+  if (fd_ < 0) return;
+  // Restores go straight to the file: the test hooks stop only the writes
+  // being undone.
+  for (auto it = groupBefore_.rbegin(); it != groupBefore_.rend(); ++it) {
+    ssize_t put = ::pwrite(fd_, it->second.data(), pageSize_, off_t(it->first) * off_t(pageSize_));
+    if (put != ssize_t(pageSize_)) ThrowDiskIo(path_);
+    Cached(it->first, &it->second);
+  }
+  if (pageCount_ > groupPageCount_) {
+    if (::ftruncate(fd_, off_t(groupPageCount_) * off_t(pageSize_)) != 0) ThrowDiskIo(path_);
+    pageCount_ = groupPageCount_;
+    ForgetFrom(pageCount_);
+  }
+  groupBefore_.clear();
+  groupSaved_.clear();
+}
 
 std::unique_ptr<PageFile> PageFile::Open(const std::string& path, bool exclusive, bool readOnly) {
   struct stat st {};
@@ -142,6 +187,7 @@ void PageFile::ReadHeader() {
   if (jet4()) {
     header_.sortOrder = Get32(&page[kJet4SortOrderOffset]);
     header_.creationDate = GetDouble(&page[kCreationDateOffset]);
+    if (!IsOleDate(header_.creationDate)) ThrowUnrecognizedFormat(path_);
     auto dm = DateMask(header_.creationDate);
     for (size_t i = 0; i < kJet4PasswordLength; i += 2) {
       char16_t c = char16_t((page[kPasswordOffset + i] ^ dm[i % 4]) |
@@ -185,6 +231,29 @@ void PageFile::PushNewest(uint32_t slot) {
   if (oldest_ == kNone) oldest_ = slot;
 }
 
+void PageFile::PushOldest(uint32_t slot) {
+  CachedPage& c = slots_[slot];
+  c.bytes.clear();
+  c.number = kNone;
+  c.newer = oldest_;
+  c.older = kNone;
+  if (oldest_ != kNone) slots_[oldest_].older = slot;
+  oldest_ = slot;
+  if (newest_ == kNone) newest_ = slot;
+}
+
+void PageFile::ForgetFrom(uint32_t first) {
+  for (auto it = slotOfPage_.begin(); it != slotOfPage_.end();) {
+    if (it->first >= first) {
+      Unlink(it->second);
+      PushOldest(it->second);
+      it = slotOfPage_.erase(it);
+    } else {
+      ++it;
+    }
+  }
+}
+
 PageFile::CachedPage& PageFile::Cached(uint32_t number, const Bytes* data) {
   auto it = slotOfPage_.find(number);
   if (it != slotOfPage_.end()) {
@@ -205,7 +274,7 @@ PageFile::CachedPage& PageFile::Cached(uint32_t number, const Bytes* data) {
   } else {
     slot = oldest_;
     Unlink(slot);
-    slotOfPage_.erase(slots_[slot].number);
+    if (slots_[slot].number != kNone) slotOfPage_.erase(slots_[slot].number);
   }
   CachedPage& c = slots_[slot];
   c.number = number;
@@ -214,15 +283,10 @@ PageFile::CachedPage& PageFile::Cached(uint32_t number, const Bytes* data) {
   } else {
     c.bytes.resize(pageSize_);
     ssize_t got = ::pread(fd_, c.bytes.data(), pageSize_, off_t(number) * off_t(pageSize_));
-    if (got != ssize_t(pageSize_)) {
-      // The slot goes to the old end of the order, holding no page.
-      c.bytes.clear();
-      c.number = kNone;
-      c.older = kNone;
-      c.newer = oldest_;
-      if (oldest_ != kNone) slots_[oldest_].older = slot;
-      else newest_ = slot;
-      oldest_ = slot;
+    // Everything later reads a data page's rows through its row table: a
+    // table that leaves the page, or rows that overlap, are damage.
+    if (got != ssize_t(pageSize_) || (c.bytes[0] == page_type::kData && !SlotsAreSound(c.bytes, jet4()))) {
+      PushOldest(slot);
       ThrowCorrupt(path_);
     }
   }
@@ -238,6 +302,11 @@ void PageFile::RawWrite(uint32_t number, const Bytes& data) {
   int left = g_writesLeft.load();
   if (left == 0) throw WriteStopped();
   if (left > 0) g_writesLeft = left - 1;
+  int beforeFailure = g_writesBeforeFailure.load();
+  if (beforeFailure >= 0) {
+    g_writesBeforeFailure = beforeFailure - 1;
+    if (beforeFailure == 0) ThrowDiskIo(path_);
+  }
   ssize_t put = ::pwrite(fd_, data.data(), pageSize_, off_t(number) * off_t(pageSize_));
   if (put != ssize_t(pageSize_)) ThrowDiskIo(path_);
   dirty_ = true;
@@ -245,6 +314,10 @@ void PageFile::RawWrite(uint32_t number, const Bytes& data) {
 
 void PageFile::WritePage(uint32_t number, const Bytes& data) {
   if (number >= pageCount_) throw std::logic_error("write past the end of the page file");
+  if (groupDepth_ > 0 && number < groupPageCount_ && !groupSaved_.count(number)) {
+    groupBefore_.emplace_back(number, Page(number));
+    groupSaved_.insert(number);
+  }
   RawWrite(number, data);
   Cached(number, &data);
 }
@@ -281,6 +354,11 @@ Bytes BuildJet4HeaderPage(const DatabaseHeader& header) {
   // After the masked area: a code-page word and the engine version text.
   Put32(&page[0x98], 0x0654);
   std::memcpy(&page[0x9C], "4.0", 4);
+  // The last 512 bytes: a table of 256 two-byte entries, not masked. A file
+  // Access 2000 has just made holds 0x0101 in the first and 0x0100 in every
+  // other (Access moves the first two as it uses the file).
+  for (size_t i = 0; i < kPageZeroTableEntries; ++i)
+    Put16(&page[kPageZeroTableOffset + 2 * i], i == 0 ? 0x0101 : 0x0100);
   return page;
 }
 

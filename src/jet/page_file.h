@@ -17,6 +17,7 @@
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "jet/format.h"
@@ -74,10 +75,24 @@ class PageFile {
   /// Writes a new page at the end of the file and returns its number.
   uint32_t AppendPage(const Bytes& data);
 
-  // ---- test hook ----
+  // ---- all-or-nothing writes ----
+  /// Starts a group of writes that either all stay or all go: until the
+  /// matching Commit, the page file keeps each page's bytes from before its
+  /// first write and the page count. Groups nest; only the outermost counts.
+  void Begin();
+  void Commit();
+  /// Puts back every page the group wrote and cuts off the pages it
+  /// appended, so the file is as it was at the outermost Begin.
+  void Rollback();
+
+  // ---- test hooks ----
   /// After `writes` more page writes, every further write throws WriteStopped
   /// without touching the file (-1 turns the hook off). Process-wide.
   static void StopWritesAfter(int writes);
+  /// After `writes` more page writes, the next one fails as a full disk does
+  /// (Jet error 3043) without touching the file; later writes work again.
+  /// -1 turns the hook off. Process-wide.
+  static void FailWriteAfter(int writes);
 
  private:
   PageFile() = default;
@@ -91,6 +106,10 @@ class PageFile {
   size_t pageSize_ = 4096;
   uint32_t pageCount_ = 0;
   DatabaseHeader header_;
+  int groupDepth_ = 0;
+  uint32_t groupPageCount_ = 0;
+  std::vector<std::pair<uint32_t, Bytes>> groupBefore_;
+  std::unordered_set<uint32_t> groupSaved_;
 
   /// One cached page and its neighbours in the use order.
   struct CachedPage {
@@ -101,8 +120,11 @@ class PageFile {
   static constexpr uint32_t kNone = UINT32_MAX;
   /// The slot holding `number`, read from the file on a miss (or filled with `data`).
   CachedPage& Cached(uint32_t number, const Bytes* data);
+  /// Forgets every cached page numbered `first` or more (the file was cut there).
+  void ForgetFrom(uint32_t first);
   void Unlink(uint32_t slot);
   void PushNewest(uint32_t slot);
+  void PushOldest(uint32_t slot);
   std::vector<CachedPage> slots_;
   std::unordered_map<uint32_t, uint32_t> slotOfPage_;
   uint32_t newest_ = kNone, oldest_ = kNone;

@@ -124,7 +124,9 @@ std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row,
     if (!present) continue;
     if (c.fixed()) {
       size_t start = countSize + c.fixedOffset;
-      size_t width = c.type == ColumnType::kText || c.type == ColumnType::kBinary ? c.length : FixedSize(c.type);
+      // Types without a width of their own (text, binary, any other a file
+      // may name) take the column's length, as FixedValue reads them.
+      size_t width = FixedSize(c.type) > 0 ? FixedSize(c.type) : c.length;
       if (start + width > length) continue;
       out[k] = FixedValue(c, jet4, row + start);
     } else {
@@ -207,7 +209,7 @@ Value CoerceTo(const Value& v, const ColumnDef& c) {
       x.integer = v.kind == Value::Kind::kCurrency ? v.integer
                   : (v.kind == Value::Kind::kDouble || v.kind == Value::Kind::kSingle)
                       ? std::llrint(v.real * 10000.0)
-                      : v.AsInteger() * 10000;
+                      : ranged(INT64_MIN / 10000, INT64_MAX / 10000, Value::Kind::kCurrency).integer * 10000;
       return x;
     }
     case ColumnType::kSingle: case ColumnType::kDouble: case ColumnType::kDateTime: {
@@ -265,7 +267,7 @@ Bytes EncodeRow(const TableDef& def, const std::vector<Value>& values, const Lon
     if (v.IsNull()) continue;
     setBit(c.number);
     if (c.fixed()) {
-      uint8_t* p = &row[2 + c.fixedOffset];
+      uint8_t* p = row.data() + 2 + c.fixedOffset;  // a type without a width may end the fixed part
       switch (c.type) {
         case ColumnType::kByte: p[0] = uint8_t(v.integer); break;
         case ColumnType::kInteger: Put16(p, uint16_t(v.integer)); break;

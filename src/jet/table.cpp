@@ -1,9 +1,11 @@
 #include "jet/table.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "jet/data_page.h"
 #include "jet/database.h"
+#include "jet/index_key.h"
 #include "jet/jet_errors.h"
 #include "jet/usage_map.h"
 
@@ -107,7 +109,10 @@ Bytes Table::ReadLongValue(const uint8_t* header) {
   RowId at = RowId::FromPacked(Get32(header + 4));
   Bytes out;
   bool single = head & kLongValueSinglePage;
-  for (int guard = 0; guard < 1 << 20 && out.size() < total; ++guard) {
+  // A chain that comes back to a row it has passed would never end.
+  std::unordered_set<uint32_t> passed;
+  while (out.size() < total) {
+    if (!passed.insert(at.Packed()).second) ThrowCorrupt(f.path());
     if (at.page == 0 || at.page >= f.pageCount()) break;
     const Bytes& pg = f.Page(at.page);
     if (pg[0] != page_type::kData || at.row >= SlotCount(pg, j4)) break;
@@ -131,8 +136,96 @@ void Table::CheckWritable() const {
   if (f.readOnly()) ThrowReadOnly("");
   if (!f.jet4()) ThrowReadOnly("this engine writes Jet 4 (Access 2000-2003) files only; '" + f.path() +
                                "' is a Jet 3 (Access 97) file");
-  if (def_.realIndexes > 0 || def_.logicalIndexes > 0)
-    ThrowReadOnly("table '" + name_ + "' has indexes, which this engine cannot maintain");
+}
+
+void Table::Reload() {
+  def_ = ReadTableDef(db_.file(), def_.page);
+  ownedLoaded_ = false;
+  owned_.clear();
+  lastDataPage_ = lastLvalPage_ = 0;
+}
+
+std::string Table::IndexName(size_t i) const {
+  for (const auto& li : def_.logicalIndexes)
+    if (li.realIndex == i) return li.name;
+  return "#" + std::to_string(i);
+}
+
+std::optional<Bytes> Table::IndexKey(size_t i, const std::vector<Value>& values) const {
+  const RealIndex& ix = def_.indexes[i];
+  Bytes key;
+  bool allNull = true;
+  for (const auto& c : ix.columns) {
+    int at = def_.ColumnPosition(c.columnNumber);
+    const ColumnDef& col = def_.columns[size_t(at)];
+    const Value& v = size_t(at) < values.size() ? values[size_t(at)] : Value();
+    allNull = allNull && v.IsNull() && col.type != ColumnType::kBoolean;
+    if (!AppendColumnKey(key, col.type, v, c.ascending)) {
+      std::string what = col.type == ColumnType::kText
+                             ? "the text '" + v.text + "' holds a character whose sort weight is not known here"
+                             : "its column '" + col.name + "' is of a type whose index keys are not known here";
+      ThrowReadOnly("table '" + name_ + "', index '" + IndexName(i) + "': " + what);
+    }
+  }
+  if (allNull && ix.ignoreNulls()) return std::nullopt;
+  return key;
+}
+
+IndexTree Table::Index(size_t i) {
+  PageFile& f = db_.file();
+  RowId map = def_.indexes[i].usageMap;
+  auto alloc = [this](const Bytes& b) { return db_.AllocatePage(b); };
+  return IndexTree(
+      f, def_.page, def_.indexes[i].rootPage,
+      [this, map, alloc](const Bytes& page) {
+        uint32_t n = db_.AllocatePage(page);
+        UsageMap(db_.file(), map, false).Set(n, true, alloc);
+        return n;
+      },
+      [this, map, alloc](uint32_t page) {
+        UsageMap(db_.file(), map, false).Set(page, false, alloc);
+        db_.FreePage(page);
+      });
+}
+
+std::vector<Value> Table::Coerced(const std::vector<Value>& values) const {
+  std::vector<Value> out(def_.columns.size());
+  for (size_t k = 0; k < out.size(); ++k) out[k] = CoerceTo(k < values.size() ? values[k] : Value(), def_.columns[k]);
+  return out;
+}
+
+std::vector<std::optional<Bytes>> Table::Keys(const std::vector<Value>& values) const {
+  std::vector<std::optional<Bytes>> keys;
+  for (size_t i = 0; i < def_.indexes.size(); ++i) keys.push_back(IndexKey(i, values));
+  return keys;
+}
+
+void Table::RefuseBrokenIndexes(const std::vector<Value>& values, const std::vector<std::optional<Bytes>>& keys,
+                                const std::vector<std::optional<Bytes>>* old) {
+  for (size_t i = 0; i < def_.indexes.size(); ++i) {
+    const RealIndex& ix = def_.indexes[i];
+    bool primary = false;
+    for (const auto& li : def_.logicalIndexes) primary = primary || (li.realIndex == i && li.type == 1);
+    if (primary || (ix.flags & index_flag::kRequired))
+      for (const auto& c : ix.columns) {
+        size_t at = size_t(def_.ColumnPosition(c.columnNumber));
+        if (values[at].IsNull() && def_.columns[at].type != ColumnType::kBoolean) ThrowNullInIndex();
+      }
+    if (!ix.unique() || !keys[i]) continue;
+    if (old && (*old)[i] == keys[i]) continue;
+    if (Index(i).HasKey(*keys[i])) ThrowDuplicateKey();
+  }
+}
+
+void Table::AddEntries(const std::vector<std::optional<Bytes>>& keys, RowId id) {
+  for (size_t i = 0; i < keys.size(); ++i)
+    if (keys[i] && Index(i).Insert(*keys[i], id.Packed())) ++def_.indexes[i].distinctKeys;
+}
+
+void Table::RemoveEntries(const std::vector<std::optional<Bytes>>& keys, RowId id) {
+  for (size_t i = 0; i < keys.size(); ++i)
+    if (keys[i] && Index(i).Remove(*keys[i], id.Packed()) && def_.indexes[i].distinctKeys > 0)
+      --def_.indexes[i].distinctKeys;
 }
 
 void Table::AddOwnedPage(uint32_t page, bool dataPage) {
@@ -223,21 +316,63 @@ Bytes Table::StoreLongValue(const Bytes& payload) {
 RowId Table::Insert(const std::vector<Value>& values) {
   CheckWritable();
   ++changeCount_;
-  Bytes row = EncodeRow(def_, values, [this](const Bytes& p) { return StoreLongValue(p); });
-  RowId id = PlaceRow(row, 0);
-  ++def_.rowCount;
-  WriteRowCount(db_.file(), def_);
+  PageFile& f = db_.file();
+  RowId id;
+  AllOrNothing([&] {
+    auto coerced = Coerced(values);
+    auto keys = Keys(coerced);
+    RefuseBrokenIndexes(coerced, keys, nullptr);
+    Bytes row = EncodeRow(def_, values, [this](const Bytes& p) { return StoreLongValue(p); });
+    id = PlaceRow(row, 0);
+    AddEntries(keys, id);
+    ++def_.rowCount;
+    WriteCounts(f, def_);
+  });
   return id;
+}
+
+void Table::AllOrNothing(const std::function<void()>& write) {
+  PageFile& f = db_.file();
+  f.Begin();
+  try {
+    write();
+    f.Commit();
+  } catch (...) {
+    try {
+      f.Rollback();
+      Reload();
+    } catch (...) {
+    }
+    throw;
+  }
 }
 
 void Table::Update(RowId id, const std::vector<Value>& values) {
   CheckWritable();
   ++changeCount_;
   PageFile& f = db_.file();
+  AllOrNothing([&] {
+    auto oldKeys = Keys(ReadRow(id));
+    auto coerced = Coerced(values);
+    auto keys = Keys(coerced);
+    RefuseBrokenIndexes(coerced, keys, &oldKeys);
+    Rewrite(id, values);
+    if (keys != oldKeys) {
+      std::vector<std::optional<Bytes>> gone(keys.size()), added(keys.size());
+      for (size_t i = 0; i < keys.size(); ++i)
+        if (keys[i] != oldKeys[i]) gone[i] = oldKeys[i], added[i] = keys[i];
+      RemoveEntries(gone, id);
+      AddEntries(added, id);
+      WriteCounts(f, def_);
+    }
+  });
+}
+
+void Table::Rewrite(RowId id, const std::vector<Value>& values) {
+  PageFile& f = db_.file();
   RowId at = Resolve(id);
   Bytes row = EncodeRow(def_, values, [this](const Bytes& p) { return StoreLongValue(p); });
   auto slots = ReadSlots(f.Page(at.page), true);
-  Bytes old = slots[at.row].data;
   slots[at.row].data = row;
   if (SpaceNeeded(slots, true) <= f.pageSize()) {
     f.WritePage(at.page, BuildDataPage(true, f.pageSize(), def_.page, slots));
@@ -249,6 +384,7 @@ void Table::Update(RowId id, const std::vector<Value>& values) {
   Bytes pointer(4);
   Put32(pointer.data(), moved.Packed());
   home[id.row] = Slot{row_flag::kOverflow, pointer};
+  if (SpaceNeeded(home, true) > f.pageSize()) ThrowCorrupt(f.path());  // only a damaged page is this full
   f.WritePage(id.page, BuildDataPage(true, f.pageSize(), def_.page, home));
   if (!(at == id)) {
     auto prev = ReadSlots(f.Page(at.page), true);
@@ -260,6 +396,17 @@ void Table::Update(RowId id, const std::vector<Value>& values) {
 void Table::Delete(RowId id) {
   CheckWritable();
   ++changeCount_;
+  PageFile& f = db_.file();
+  AllOrNothing([&] {
+    auto keys = Keys(ReadRow(id));
+    Erase(id);
+    RemoveEntries(keys, id);
+    if (def_.rowCount > 0) --def_.rowCount;
+    WriteCounts(f, def_);
+  });
+}
+
+void Table::Erase(RowId id) {
   PageFile& f = db_.file();
   RowId at = Resolve(id);
   const uint16_t gone = row_flag::kDeleted | row_flag::kOverflow;
@@ -274,8 +421,6 @@ void Table::Delete(RowId id) {
     moved[at.row] = Slot{gone, {}};
     f.WritePage(at.page, BuildDataPage(true, f.pageSize(), def_.page, moved));
   }
-  if (def_.rowCount > 0) --def_.rowCount;
-  WriteRowCount(f, def_);
 }
 
 }  // namespace bw::jet

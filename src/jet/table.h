@@ -8,15 +8,21 @@
 // unreferenced long value, never a row that points into nothing. A row is
 // always written by one whole-page write: it is never half in the file.
 //
-// Tables with indexes are read but never written: the engine does not keep
-// index pages, so writing would leave the indexes out of step with the rows.
+// Every index of the table changes with its rows, in one place: a write
+// computes every index key first and refuses (3022, 3058, or a key this engine
+// cannot make) before it changes anything; then the row, its index entries and
+// the counts follow. Each write is one group of the page file: when any part
+// fails (a full disk, a field too small), the file is put back as it was.
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "jet/index_tree.h"
 #include "jet/row_codec.h"
 #include "jet/tdef.h"
 
@@ -46,14 +52,38 @@ class Table {
   uint64_t changeCount() const { return changeCount_; }
 
   // ---- write rows ----
-  /// Throws 3027 when this table cannot be written (read-only open, Jet 3
-  /// file, table with indexes).
+  /// Throws 3027 when this table cannot be written (read-only open, Jet 3 file).
   void CheckWritable() const;
   RowId Insert(const std::vector<Value>& values);
   void Update(RowId id, const std::vector<Value>& values);
   void Delete(RowId id);
 
+  // ---- indexes ----
+  /// The name of physical index `i` (its first named index).
+  std::string IndexName(size_t i) const;
+  /// The key of physical index `i` for a row's values; nothing when the index
+  /// keeps no entry for it (all-null key of an index that ignores nulls).
+  /// Throws 3027 naming table and index when no exact key can be made.
+  std::optional<Bytes> IndexKey(size_t i, const std::vector<Value>& values) const;
+  /// The tree of physical index `i`.
+  IndexTree Index(size_t i);
+
  private:
+  void Reload();
+  std::vector<std::optional<Bytes>> Keys(const std::vector<Value>& values) const;
+  /// Throws 3058 for a null in a primary or required index, 3022 for a key a
+  /// unique index already holds (`old`: the row's keys before an update).
+  void RefuseBrokenIndexes(const std::vector<Value>& values, const std::vector<std::optional<Bytes>>& keys,
+                           const std::vector<std::optional<Bytes>>* old);
+  /// Runs a write as one group of page writes: all stay, or the file and
+  /// this table's state are put back and the error goes on.
+  void AllOrNothing(const std::function<void()>& write);
+  /// The row-level parts of Update and Delete (indexes not touched).
+  void Rewrite(RowId id, const std::vector<Value>& values);
+  void Erase(RowId id);
+  std::vector<Value> Coerced(const std::vector<Value>& values) const;
+  void AddEntries(const std::vector<std::optional<Bytes>>& keys, RowId id);
+  void RemoveEntries(const std::vector<std::optional<Bytes>>& keys, RowId id);
   RowId Resolve(RowId id);
   Bytes ReadLongValue(const uint8_t* header);
   Bytes StoreLongValue(const Bytes& payload);

@@ -45,22 +45,35 @@ UsageMap::Location UsageMap::Locate() {
   return {start, length};
 }
 
+uint32_t UsageMap::InlineStart(const uint8_t* row, size_t length) const {
+  uint32_t start = Get32(row + 1);
+  if (uint64_t(start) + (length - 5) * 8 > (uint64_t(1) << 32)) ThrowCorrupt(file_.path());
+  return start;
+}
+
+const Bytes* UsageMap::BitmapPage(uint32_t number) {
+  if (number == 0) return nullptr;
+  if (number >= file_.pageCount()) ThrowCorrupt(file_.path());
+  const Bytes& bits = file_.Page(number);
+  if (bits[0] != page_type::kUsageMap) ThrowCorrupt(file_.path());
+  return &bits;
+}
+
 bool UsageMap::Has(uint32_t p) {
   Location loc = Locate();
   const Bytes& page = file_.Page(where_.page);
   const uint8_t* row = &page[loc.offset];
   if (row[0] == kInline) {
-    uint32_t start = Get32(row + 1);
+    uint32_t start = InlineStart(row, loc.length);
     uint32_t bits = uint32_t(loc.length - 5) * 8;
     if (p < start || p - start >= bits) return outOfRangeMeansSet_;
     return BitAt(row + 5, p - start);
   }
   uint32_t region = p / BitsPerMapPage();
-  if (1 + 4 * (region + 1) > loc.length) return outOfRangeMeansSet_;
-  uint32_t mapPage = Get32(row + 1 + 4 * region);
-  if (mapPage == 0) return outOfRangeMeansSet_;
-  const Bytes& bits = file_.Page(mapPage);
-  return BitAt(&bits[kMapPageHeader], p % BitsPerMapPage());
+  if (1 + 4 * (size_t(region) + 1) > loc.length) return outOfRangeMeansSet_;
+  const Bytes* bits = BitmapPage(Get32(row + 1 + 4 * region));
+  if (!bits) return outOfRangeMeansSet_;
+  return BitAt(&(*bits)[kMapPageHeader], p % BitsPerMapPage());
 }
 
 std::vector<uint32_t> UsageMap::Pages() {
@@ -69,17 +82,18 @@ std::vector<uint32_t> UsageMap::Pages() {
             file_.Page(where_.page).begin() + long(loc.offset + loc.length));
   std::vector<uint32_t> out;
   if (row[0] == kInline) {
-    uint32_t start = Get32(&row[1]);
+    uint32_t start = InlineStart(row.data(), loc.length);
     for (uint32_t i = 0; i < (loc.length - 5) * 8; ++i)
       if (BitAt(&row[5], i)) out.push_back(start + i);
   } else if (row[0] == kIndirect) {
-    for (uint32_t region = 0; 1 + 4 * (region + 1) <= loc.length; ++region) {
-      uint32_t mapPage = Get32(&row[1 + 4 * region]);
-      if (mapPage == 0 || mapPage >= file_.pageCount()) continue;
-      const Bytes& bits = file_.Page(mapPage);
-      if (bits[0] != page_type::kUsageMap) continue;
-      for (uint32_t i = 0; i < BitsPerMapPage(); ++i)
-        if (BitAt(&bits[kMapPageHeader], i)) out.push_back(region * BitsPerMapPage() + i);
+    // Only pages the file has: a region past its end holds nothing to walk.
+    const uint64_t per = BitsPerMapPage();
+    for (uint32_t region = 0; 1 + 4 * (size_t(region) + 1) <= loc.length && region * per < file_.pageCount();
+         ++region) {
+      const Bytes* bits = BitmapPage(Get32(&row[1 + 4 * region]));
+      if (!bits) continue;
+      for (uint64_t i = 0; i < per && region * per + i < file_.pageCount(); ++i)
+        if (BitAt(&(*bits)[kMapPageHeader], uint32_t(i))) out.push_back(uint32_t(region * per + i));
     }
   } else {
     ThrowCorrupt(file_.path());
@@ -92,7 +106,7 @@ void UsageMap::Set(uint32_t p, bool on, const Allocator& allocate) {
   Bytes page = file_.Page(where_.page);
   uint8_t* row = &page[loc.offset];
   if (row[0] == kInline) {
-    uint32_t start = Get32(row + 1);
+    uint32_t start = InlineStart(row, loc.length);
     uint32_t bits = uint32_t(loc.length - 5) * 8;
     if (p >= start && p - start < bits) {
       if (BitAt(row + 5, p - start) == on) return;
@@ -123,7 +137,7 @@ void UsageMap::Set(uint32_t p, bool on, const Allocator& allocate) {
   uint32_t region = p / BitsPerMapPage();
   if (1 + 4 * (region + 1) > loc.length) ThrowJet(3026, "Not enough space on disk.");
   uint32_t mapPage = Get32(row + 1 + 4 * region);
-  if (mapPage != 0) {
+  if (BitmapPage(mapPage)) {
     Bytes bits = file_.Page(mapPage);
     if (BitAt(&bits[kMapPageHeader], p % BitsPerMapPage()) == on) return;
     SetBit(&bits[kMapPageHeader], p % BitsPerMapPage(), on);
@@ -152,7 +166,7 @@ void UsageMap::ConvertToIndirect(const std::vector<uint32_t>& setPages, uint32_t
                                  const Allocator& allocate) {
   Location loc = Locate();
   Bytes page = file_.Page(where_.page);
-  uint32_t oldStart = Get32(&page[loc.offset + 1]);
+  uint32_t oldStart = InlineStart(&page[loc.offset], loc.length);
   uint32_t oldBits = uint32_t(loc.length - 5) * 8;
   uint32_t per = BitsPerMapPage();
   uint32_t regions = uint32_t((loc.length - 1) / 4);

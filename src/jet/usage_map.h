@@ -46,6 +46,11 @@ class UsageMap {
     size_t length;
   };
   Location Locate();
+  /// The first page an inline map covers; 3049 when its window would run
+  /// past the last page number there is.
+  uint32_t InlineStart(const uint8_t* row, size_t length) const;
+  /// Bitmap page `number` of an indirect map (0: none); 3049 when it is not one.
+  const Bytes* BitmapPage(uint32_t number);
   uint32_t BitsPerMapPage() const { return uint32_t((file_.pageSize() - 4) * 8); }
   void ConvertToIndirect(const std::vector<uint32_t>& setPages, uint32_t page, bool on, const Allocator& allocate);
 

@@ -23,10 +23,18 @@ jet::Database& Db(Program& p) {
   return *p.Database;
 }
 
+/// The id after the Long `last`: one past the largest Long is an overflow.
+int32_t NextId(int64_t last) {
+  int64_t next = int64_t(int32_t(last)) + 1;
+  if (next > INT32_MAX) ThrowOverflow();
+  return int32_t(next);
+}
+
 /// ButtonSequence is a 16-bit counter: one past 32767 is an overflow.
 void NextButtonSequence(Program& p) {
   if (p.ButtonSequence == INT16_MAX) ThrowOverflow();
   ++p.ButtonSequence;
+  ++p.EntriesWritten;
 }
 
 void FillList(Program& p, const std::string& table, const std::string& column, ComboBox& list) {
@@ -63,7 +71,7 @@ int16_t FindOrAddNamed(Program& p, const std::string& table, const std::string& 
     if (rs->RecordCount() > 0) {
       rs->MoveFirst();
       rs->MoveLast();
-      newId = int32_t(rs->Field(idColumn).AsInteger()) + 1;
+      newId = NextId(rs->Field(idColumn).AsInteger());
       if (newId > INT16_MAX) ThrowOverflow();
     }
     rs->AddNew();
@@ -158,7 +166,7 @@ int32_t WalkGetDeviceID(Program& p, const std::string& model, const std::string&
   int32_t newId = kFirstDeviceID;
   if (rs->RecordCount() > 0) {
     rs->MoveLast();
-    newId = int32_t(rs->Field("DeviceID").AsInteger()) + 1;
+    newId = NextId(rs->Field("DeviceID").AsInteger());
   }
   rs->AddNew();
   rs->SetField("DeviceID", Value::Long(newId));

@@ -136,6 +136,15 @@ void ProntoWriteBiphaseCode(Program& p, int key, const std::string& protocolName
   StoreIRCode(p);
 }
 
+void ProntoWriteEntry(Program& p, int key, int32_t argument) {
+  const std::string& name = p.Protocol.ProtocolName;
+  if (name == "RC5" || name == "RC6") {
+    ProntoWriteBiphaseCode(p, key, name);
+  } else {
+    ProntoWriteCode(p, argument);
+  }
+}
+
 void StoreIRCode(Program& p) {
   if (p.IRCodeSink) {
     p.IRCodeSink(p);

@@ -20,6 +20,9 @@ float ProntoActualCarrier(int32_t frequency);
 void ProntoWriteCode(Program& p, int32_t argument);
 /// Fills p.IRCode in predefined form from key `key`'s codes and stores it (RC5/RC6).
 void ProntoWriteBiphaseCode(Program& p, int key, const std::string& protocolName);
+/// The per-key Pronto writer: the predefined record for RC5/RC6, else the
+/// burst sequence's record.
+void ProntoWriteEntry(Program& p, int key, int32_t argument);
 /// Hands the finished record to the database (or to p.IRCodeSink in tests).
 void StoreIRCode(Program& p);
 /// Code text into the details dialog's text box.

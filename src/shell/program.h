@@ -35,6 +35,9 @@ struct MessageSource {
   int line = 0;
 };
 
+/// The shell's writers for every output (Pronto, Slink-e transmit-only, ADI).
+EntryWriters StandardEntryWriters();
+
 struct Program {
   /// The person (or test script) at the other end. Never null while commands run.
   Host* host = nullptr;
@@ -87,6 +90,8 @@ struct Program {
 
   // ---- generation ----
   BurstSequence Burst;
+  /// Where DispatchEntry sends each entry; a test may replace a writer.
+  EntryWriters Writers = StandardEntryWriters();
 
   // ---- Pronto database ----
   IRCodeRecord IRCode;
@@ -110,8 +115,18 @@ struct Program {
   /// 0 waiting, 1 go on without adding, 2 add every key from now on.
   int16_t AdiKeyChoice = 0;
 
+  /// A run waits in the per-key step for Add, Next Key or All Keys.
+  bool AdiWaitingAtKey = false;
+  /// A run has encoded a record into CurrentLirRecord (RPL has something to put).
+  bool LirRecordGenerated = false;
+
   // ---- details dialog ----
   int16_t WaveformOffset = 0;
+
+  // ---- what the runs wrote ----
+  /// Entries stored since start-up: database codes, code-file entries, table
+  /// records. Only ever counts up; a front end tells a run by the difference.
+  int64_t EntriesWritten = 0;
 
   // ---- diagnostics ----
   MessageSource Source;

@@ -286,6 +286,7 @@ void WriteSlinkRawEntry(Program& p, int key, const std::string& label) {
   std::string line;
   for (int i = 1; i <= b.TotalCount; ++i) line += Format(b.BurstDurations(i), "0") + " ";
   p.SlinkText += line + ":" + label + kCrLf;
+  ++p.EntriesWritten;
 
   f.slinkkeyname.text = label;
   f.SlinkEntryCount.text = Format(Val(f.SlinkEntryCount.text) + 1, "0");
@@ -330,6 +331,7 @@ void WriteSlinkProtocolFile(Program& p) {
   t += kCrLf;
   t += body;
   SaveSlinkFile(p, p.SlinkFileName);
+  p.EntriesWritten += p.Keys.UpperBound();
   f.xqtcmd.enabled = true;
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -128,7 +129,8 @@ const char* const kSynopsis = "usage: burstwright-cli [--library DIR] [--home DI
 TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
       {{}, "command"}, {{"frobnicate"}, "frobnicate"}, {{"bursts", "SONY TV", "--output", "wav"}, "wav"},
-      {{"database", "SONY TV"}, "--db"}, {{"lir", "a.lir", "b.lir"}, "lir"}, {{"pronto", "No Such"}, "No Such"}};
+      {{"database", "SONY TV"}, "--db"}, {{"lir", "a.lir", "b.lir"}, "lir"}, {{"pronto", "No Such"}, "No Such"},
+      {{"export", "SONY TV", "--format", "wav"}, "wav"}, {{"export", "SONY TV"}, "--format"}};
   for (const auto& [args, named] : cases) {
     CliResult r = Run(args);
     EXPECT_EQ(std::to_string(r.status) + r.out, "2") << named;
@@ -139,7 +141,8 @@ TEST_F(CliTest, UsageErrorsExitTwoWithAShortUsageNamingTheFault) {
   CliResult help = Run({"--help"});
   EXPECT_EQ(help.status + help.err.size(), 0u) << help.err;
   EXPECT_EQ(help.out.rfind(std::string(kSynopsis) + "\n", 0), 0u);
-  for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check"})
+  for (const char* command : {"devices", "protocols", "bursts", "pronto", "database", "slinke", "adi", "lir", "check",
+                              "import-lirc", "export"})
     EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << command;
 }
 
@@ -162,9 +165,6 @@ TEST_F(CliTest, WithoutLibraryTheSearchStartsInTheCurrentFolderAndGoesUp) {
   fs::create_directories(dir.path() / "deep" / "deeper");
   EXPECT_EQ(Run({"devices"}, "").out, "ONLY ONE\n") << "found before the program's own library";
   EXPECT_EQ(Run({"devices"}, "", false, dir.path() / "deep" / "deeper").out, "ONLY ONE\n");
-  CliResult missing = Run({"devices"}, dir.path() / "nowhere");
-  EXPECT_EQ(missing.status, 3);
-  EXPECT_EQ(missing.err, "Can not locate Device Library\n");
 }
 
 TEST_F(CliTest, MessagesAreDeviceColonTextLinesAndCheckGivesFileAndLineAndRunTimeErrorsExitThree) {
@@ -399,11 +399,161 @@ TEST_F(CliTest, LirReadsAHandMadeFileWithAPartialLastRecord) {
   dir.Write("hand.lir", record + "\x78" + std::string(43, '\x82'));  // 44 bytes, no name
   for (int i = 0; i < 43; ++i) pulses += "82";
   CliResult r = Run({"lir", "hand.lir"});
-  EXPECT_EQ(r.status + r.err.size(), 0u) << r.err;
+  EXPECT_EQ(r.status, 1) << "the partial record is warned about";
   EXPECT_EQ(r.out, "1\tDEV 1\tKEY A\t114\t810583\n2\t??????????\t??????????\t120\t" + pulses + "\n");
-  CliResult missing = Run({"lir", "nothere.lir"});
-  EXPECT_EQ(missing.status, 3);
-  EXPECT_EQ(missing.out + missing.err, "nothere.lir: File not found\n");
+  EXPECT_EQ(r.err, "hand.lir: hand.lir ends 44 bytes into record 2: a record is 256 bytes, the rest of that one "
+                   "reads as 0\n");
+}
+
+// Each bad path or file a person may give: the fixed text where there is one, then
+// what is wrong with the path, named; the exit status as documented. "D" is the folder.
+TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
+  fs::copy_file(fs::path(BW_BIN_DIR) / "Empty_RCIR.mdb", dir.path() / "Empty_RCIR.mdb");
+  for (const char* folder : {"folder.mdb", "folder.lir", "lib"}) fs::create_directories(dir.path() / folder);
+  dir.Write("three.lir", "abc");
+  dir.Write("text.mdb", "hello\n");
+  dir.Write("text.lir", "hello, I am text\n");
+  WriteLibrary("NEC.irp", test::ReadFileBytes(BundledLibrary() / "NEC.irp"));
+  WriteLibrary("junk.dvc", "PROTOCOL = NEC\r\n[KEYCODES]\r\n\x01\x02\xE9=\x10\xFF:3\x1B\r\n\r\nA = NEC:1,2\r\nB = FOO:1,2/\xFF:3\r\n");
+  const std::string bad3024 = "TOSHIBA TV: Run-time error '3024': Could not find file ";
+  const std::string partial = " bytes into record 1: a record is 256 bytes, the rest of that one reads as 0\n";
+  struct Row { std::vector<std::string> args; fs::path library; std::string err; int status; };
+  const std::vector<Row> rows = {
+      {{"database", "TOSHIBA TV", "--db", "folder.mdb"}, BundledLibrary(),
+       bad3024 + "'D/folder.mdb'. (D/folder.mdb is a folder, not a file)\n", 3},
+      {{"database", "TOSHIBA TV", "--db", "no/x.mdb", "--create"}, BundledLibrary(),
+       bad3024 + "'D/no/x.mdb'. (the folder D/no does not exist)\n", 3},
+      {{"database", "TOSHIBA TV", "--db", "text.mdb"}, BundledLibrary(),
+       "TOSHIBA TV: Run-time error '3343': Unrecognized database format 'D/text.mdb'. (D/text.mdb is not an Access "
+       "database (it does not begin with an Access file header))\n", 3},
+      {{"adi", "TOSHIBA TV", "--out", "no/x.lir"}, BundledLibrary(),
+       "TOSHIBA TV: Run-time error '76': Path not found (the folder D/no does not exist)\n", 3},
+      {{"export", "TOSHIBA TV", "--format", "csv", "--out", "folder.lir"}, BundledLibrary(),
+       "TOSHIBA TV: Can not write D/folder.lir: D/folder.lir is a folder, not a file\n", 3},
+      {{"lir", "folder.lir"}, BundledLibrary(), "folder.lir: folder.lir is a folder, not a file\n", 3},
+      {{"lir", "nothere.lir"}, BundledLibrary(), "nothere.lir: File not found\n", 3},
+      {{"lir", "three.lir"}, BundledLibrary(), "three.lir: three.lir ends 3" + partial, 1},
+      {{"lir", "text.lir"}, BundledLibrary(), "text.lir: text.lir ends 17" + partial, 1},
+      {{"devices"}, dir.path() / "three.lir", "Can not locate Device Library (D/three.lir is a file, not a folder)\n", 3},
+      {{"devices"}, dir.path() / "nowhere", "Can not locate Device Library (D/nowhere does not exist)\n", 3},
+      {{"check"}, Library(),
+       "D/lib/junk.dvc:3: Protocol \\x10\xC3\xBF Not in Device Library\n"  // control bytes shown, not sent
+       "D/lib/junk.dvc:6: Protocol FOO Not in Device Library\nD/lib/junk.dvc:6: Protocol \xC3\xBF Not in Device "
+       "Library\n", 1},
+  };
+  for (const Row& row : rows) {
+    CliResult r = Run(row.args, row.library);
+    EXPECT_EQ(r.err, std::regex_replace(row.err, std::regex("D/"), dir.path().string() + "/")) << row.args[0];
+    EXPECT_EQ(r.status, row.status) << r.err;
+  }
+  EXPECT_FALSE(fs::exists(dir.path() / "no")) << "nothing made on the way";
+  CliResult home = Shell(Quoted(BW_CLI_PROGRAM) + " --home nowhere devices");
+  EXPECT_EQ(home.status, 2);
+  EXPECT_EQ(Lines(home.err).at(0), "burstwright-cli: --home " + (dir.path() / "nowhere").string() + " does not exist");
+  CliResult help = Shell(Quoted(fs::path(BW_BIN_DIR) / "make_template") + " --help");
+  EXPECT_EQ(std::to_string(help.status) + help.out, "0usage: make_template OUTPUT.mdb\n");
+  EXPECT_FALSE(fs::exists(dir.path() / "--help")) << "an option is not a database name";
+}
+
+/// A key's durations as a transmitter sends them: neighbours of one sign added.
+std::vector<long long> Merged(std::vector<long long> part) {
+  std::vector<long long> out;
+  for (long long d : part)
+    if (!out.empty() && (out.back() > 0) == (d > 0)) out.back() += d;
+    else out.push_back(d);
+  return out;
+}
+
+/// Checks `decoded` (magnitudes) against the signed `sent` durations, each within `tolerance` us.
+void ExpectDurations(const std::vector<double>& decoded, const std::vector<long long>& sent, double tolerance,
+                     const std::string& what) {
+  ASSERT_EQ(decoded.size(), sent.size()) << what;
+  for (std::size_t i = 0; i < sent.size(); ++i) EXPECT_NEAR(decoded[i], std::llabs(sent[i]), tolerance) << what << " #" << i;
+}
+
+// Every device of the bundled library but the RAW one, exported in each format and read back by
+// hand against what `bursts` builds: Pronto Hex words (a unit of word x 0.241246 us), sendir counts
+// of the carrier's own period with the repeat's offset, the raw lircd.conf remote with its gap.
+TEST_F(CliTest, ExportsDecodeBackToTheDurationsBurstsGives) {
+  for (const std::string& device : Lines(Run({"devices"}).out)) {
+    if (device == "RGB LED CONTROLLER") continue;
+    const std::string json = CompactJson(Run({"bursts", device}).out);
+    const std::vector<JsonKey> keys = JsonKeys(json);
+    const int frequency = std::stoi(json.substr(json.find("\"frequency\":") + 12));
+    std::map<std::string, std::vector<std::string>> exported;
+    for (const char* format : {"pronto-hex", "gc-sendir", "lirc", "csv"}) {
+      CliResult r = Run({"export", device, "--format", format});
+      ASSERT_EQ(r.status + r.err.size(), 0u) << device << " " << format << ": " << r.err;
+      exported[format] = Lines(r.out);
+    }
+    ASSERT_EQ(exported["pronto-hex"].size(), 2 * keys.size()) << device;
+    ASSERT_EQ(exported["gc-sendir"].size(), 2 * keys.size()) << device;
+    ASSERT_EQ(exported["csv"].size(), keys.size() + 1) << device;
+    const double word = std::round(1e6 / (frequency * 0.241246)), unit = word * 0.241246;
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+      const std::vector<long long> once = Merged(keys[k].once), repeat = Merged(keys[k].repeat);
+      std::vector<long long> all = once;
+      all.insert(all.end(), repeat.begin(), repeat.end());
+      const std::string what = device + " " + keys[k].label;
+      // Pronto Hex: 0000, the frequency word, the pair counts, then the burst words.
+      std::string hex = exported["pronto-hex"][2 * k + 1];
+      ASSERT_EQ(exported["pronto-hex"][2 * k], keys[k].label + "\r");
+      ASSERT_EQ(hex.back(), '\r');
+      hex.pop_back();
+      std::vector<double> words;
+      for (const std::string& w : Split(hex, ' ')) {
+        ASSERT_TRUE(std::regex_match(w, std::regex("[0-9A-F]{4}"))) << what << ": " << w;
+        words.push_back(std::stoi(w, nullptr, 16));
+      }
+      ASSERT_GE(words.size(), 4u);
+      EXPECT_EQ(std::vector<double>(words.begin(), words.begin() + 4),
+                (std::vector<double>{0, word, double(once.size() / 2), double(repeat.size() / 2)})) << what;
+      std::vector<double> durations;
+      for (std::size_t i = 4; i < words.size(); ++i) durations.push_back(words[i] * unit);
+      ExpectDurations(durations, all, unit / 2 + 0.01, what + " pronto");
+      // CSV: the key's number, label, codes and the same Pronto Hex.
+      EXPECT_EQ(exported["csv"][k + 1], std::to_string(k + 1) + "," + keys[k].label + "," +
+                                             std::to_string(keys[k].device) + "," + std::to_string(keys[k].function) +
+                                             "," + hex + "\r") << what;
+      // sendir: one line under the label, counts of 1/f seconds.
+      const std::vector<std::string> fields = Split(exported["gc-sendir"][2 * k + 1], ',');
+      ASSERT_GE(fields.size(), 6u) << what;
+      const std::size_t offset = repeat.empty() ? 1 : once.size() + 1;
+      EXPECT_EQ(fields[0] + fields[1] + "|" + fields[2] + "|" + fields[3] + "|" + fields[4] + "|" + fields[5],
+                "sendir1:1|" + std::to_string(k + 1) + "|" + std::to_string(frequency) + "|1|" + std::to_string(offset));
+      durations.clear();
+      for (std::size_t i = 6; i < fields.size(); ++i) durations.push_back(std::stod(fields[i]) * 1e6 / frequency);
+      ExpectDurations(durations, all, 0.5e6 / frequency + 0.01, what + " sendir");
+    }
+    // lircd.conf: the gap follows each raw code (a frame's whole length with CONST_LENGTH).
+    std::string conf;
+    for (const std::string& line : exported["lirc"])
+      if (line.rfind("#", 0) != 0) conf += line + " ";
+    std::istringstream in(conf);
+    std::vector<std::string> words(std::istream_iterator<std::string>(in), {});
+    std::map<std::string, std::string> header;
+    std::vector<std::pair<std::string, std::vector<long long>>> codes;
+    bool inCodes = false;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      if (words[i] == "begin" || words[i] == "end") inCodes = words[i] + words.at(i + 1) == "beginraw_codes", ++i;
+      else if (!inCodes) header[words[i]] = words.at(i + 1), ++i;
+      else if (words[i] == "name") codes.push_back({words.at(++i), {}});
+      else codes.at(codes.size() - 1).second.push_back(std::stoll(words[i]));
+    }
+    EXPECT_EQ(header["frequency"], std::to_string(frequency)) << device;
+    ASSERT_EQ(codes.size(), keys.size()) << device;
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+      std::vector<long long> frame = codes[k].second, once = Merged(keys[k].once);
+      long long length = 0;
+      for (std::size_t i = 0; i < frame.size(); ++i) length += frame[i], frame[i] *= i % 2 ? -1 : 1;
+      const bool constLength = header["flags"].find("CONST_LENGTH") != std::string::npos;
+      frame.push_back(-(std::stoll(header["gap"]) - (constLength ? length : 0)));
+      std::string name = keys[k].label;
+      std::replace(name.begin(), name.end(), ' ', '_');
+      EXPECT_EQ(codes[k].first, name);
+      EXPECT_EQ(frame, once) << device << " " << name;
+    }
+  }
 }
 
 TEST_F(CliTest, ProgressGoesToStderrOnlyWhenThatIsATerminal) {  // on a pipe, the tests above see none
@@ -413,6 +563,30 @@ TEST_F(CliTest, ProgressGoesToStderrOnlyWhenThatIsATerminal) {  // on a pipe, th
   EXPECT_NE(r.err.find("key 1 of " + n), std::string::npos) << r.err;
   EXPECT_NE(r.err.find("key " + n + " of " + n), std::string::npos) << r.err;
   EXPECT_EQ(r.out, "") << "progress stays off stdout";
+}
+
+TEST_F(CliTest, ImportLircWritesALineARemoteReplacesOnlyWithYesAndLeavesALibraryCheckPasses) {
+  const fs::path conf = dir.Write("brand/tv.conf",
+                                  "begin remote\n name TV\n bits 8\n flags SPACE_ENC|CONST_LENGTH\n header 9000 4500\n"
+                                  " one 560 1690\n zero 560 560\n ptrail 560\n pre_data_bits 8\n pre_data 0x20\n"
+                                  " gap 108000\n repeat 9000 2250\n begin codes\n  POWER 0x10\n  VOL+ 0x11\n end codes\n"
+                                  "end remote\nbegin remote\n name RX\n bits 16\n begin codes\n  A 0x1\n end codes\n"
+                                  "end remote\n");
+  const std::string imported = conf.string() + ": remote TV -> TV, 2 keys\n";
+  const std::string refused = conf.string() + ": remote RX not imported: it has no pulse timings (a receiver's code table)\n";
+  WriteLibrary("keep.txt", "");
+  CliResult first = Run({"import-lirc", conf.string()}, Library());  // into the library in use
+  EXPECT_EQ(std::to_string(first.status) + first.out, "1" + imported + refused) << first.err;
+  CliResult again = Run({"import-lirc", conf.string(), "--to", Library().string(), "--remote", "tv"}, "");
+  EXPECT_EQ(std::to_string(again.status) + again.out,
+            "1" + conf.string() + ": remote TV not imported: device TV exists in " + Library().string() +
+                " (--yes replaces it)\n");
+  CliResult replaced = Run({"import-lirc", conf.string(), "--to", Library().string(), "--remote", "TV", "--yes"}, "");
+  EXPECT_EQ(std::to_string(replaced.status) + replaced.out, "0" + imported);
+  CliResult check = RunTemporary({"check"});
+  EXPECT_EQ(std::to_string(check.status) + check.out + check.err, "0");
+  EXPECT_NE(RunTemporary({"pronto", "TV"}).out.find("VOL+\n"), std::string::npos);
+  EXPECT_EQ(Run({"import-lirc", "--to", "x"}, "").status, 2);
 }
 
 }  // namespace

@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "jet/database.h"
+#include "jet/index_check.h"
 #include "pronto/db_access.h"
 #include "pronto/db_run.h"
 #include "support/scripted_host.h"
@@ -17,7 +19,12 @@ namespace bw::dbrun {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-inline std::filesystem::path TemplatePath() { return std::filesystem::path(BW_BIN_DIR) / "Empty_RCIR.mdb"; }
+/// The built template, or the one BW_TEST_TEMPLATE names (the same tests run
+/// again on templates with indexes that other writers made).
+inline std::filesystem::path TemplatePath() {
+  const char* other = std::getenv("BW_TEST_TEMPLATE");
+  return other && *other ? std::filesystem::path(other) : std::filesystem::path(BW_BIN_DIR) / "Empty_RCIR.mdb";
+}
 
 struct DatabaseTest : ::testing::Test {
   test::TestProgram t;
@@ -30,6 +37,12 @@ struct DatabaseTest : ::testing::Test {
     std::filesystem::copy_file(TemplatePath(), p.ProgramFolder / "Empty_RCIR.mdb");
     // As start-up leaves them: no database, nothing to delete.
     p.F.DBmfgDEL.enabled = p.F.DBtypDEL.enabled = p.F.DBdvcDel.enabled = false;
+  }
+  /// Whatever a test did, every index of the open database matches its rows.
+  void TearDown() override {
+    if (!p.Database || !p.Database->IsOpen()) return;
+    for (const char* table : {"Manufacturers", "Device Types", "Devices", "IR Codes"})
+      EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{}) << table;
   }
   /// A fresh copy of the template at dir/name.
   std::string Fresh(const std::string& name = "ir.mdb") {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include "jet/page_file.h"
@@ -81,6 +82,24 @@ TEST_F(Write, NewDatabaseIsJet4WithOurTablesTypesAndCatalog) {
   for (const char* name : {"\"Tables\",3", "\"Databases\",3", "\"Relationships\",3", "\"MSysDb\",2", "\"Forms\",3",
                            "\"Things\",1"})
     EXPECT_NE(catalog.find(name), std::string::npos) << name;
+}
+
+TEST_F(Write, PageZeroIsTheOneAccess2000WritesIntoANewFile) {
+  auto firstPage = [](const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string page(4096, '\0');
+    in.read(page.data(), 4096);
+    return page;
+  };
+  // Without a password ours is an empty Access 2000 file's page 0 byte for byte
+  // (the same creation date); the password of the template changes only its bytes.
+  Database::Create(file, Things())->Close();
+  const std::string access = firstPage(jettest::AccessSamples() + "/empty.mdb");
+  EXPECT_EQ(firstPage(file), access);
+  std::string templ = firstPage(std::string(BW_BIN_DIR) + "/Empty_RCIR.mdb");
+  EXPECT_NE(templ, access);
+  templ.replace(0x42, 40, access, 0x42, 40);  // the 40 bytes of the masked password
+  EXPECT_EQ(templ, access);
 }
 
 TEST_F(Write, EdgeValuesMemosThousandsOfRowsGrowthAndDeletes) {
