@@ -2,6 +2,8 @@
 // folder holds the real template, databases made from it, rows read back as text.
 #pragma once
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -41,8 +43,10 @@ struct DatabaseTest : ::testing::Test {
   /// Whatever a test did, every index of the open database matches its rows.
   void TearDown() override {
     if (!p.Database || !p.Database->IsOpen()) return;
+    const std::vector<std::string> present = p.Database->TableNames();
     for (const char* table : {"Manufacturers", "Device Types", "Devices", "IR Codes"})
-      EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{}) << table;
+      if (std::find(present.begin(), present.end(), table) != present.end())
+        EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{}) << table;
   }
   /// A fresh copy of the template at dir/name.
   std::string Fresh(const std::string& name = "ir.mdb") {
