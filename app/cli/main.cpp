@@ -391,14 +391,16 @@ class Cli {
     };
     for (const auto& name : std::vector<std::string>(p_.F.format.items))
       load(name, [&] { LoadProtocol(p_, name); });
+    std::set<std::string> known;
+    for (const std::string& name : p_.F.format.items) known.insert(UCase(name));
     for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
       p_.F.Lex.listIndex = static_cast<int>(i);
       const std::string name = p_.F.Lex.items[i];
-      const auto path = FindFileIgnoringCase(p_.DeviceLibraryPath, name + ".dvc");
+      const auto path = p_.Library.Find(p_.DeviceLibraryPath, name + ".dvc");
       host_.sourceFile = path ? path->string() : std::string();
       load(name, [&] {
         Lex_Click(p_);
-        if (path) CheckKeyProtocols(path->string());
+        if (path) CheckKeyProtocols(path->string(), known);
       });
     }
     host_.sourceFile.clear();
@@ -408,9 +410,8 @@ class Cli {
 
   /// A key code that names a protocol the library lacks fails only when the key is
   /// built; check reports it now, at the key's line, with the text the build shows.
-  void CheckKeyProtocols(const std::string& deviceFile) {
-    std::set<std::string> known;
-    for (const std::string& name : p_.F.format.items) known.insert(UCase(name));
+  /// `known`: the protocol list's names, upper-cased.
+  void CheckKeyProtocols(const std::string& deviceFile, const std::set<std::string>& known) {
     for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
       const KeyEntry& key = p_.Keys[k];
       std::set<std::string> missing;
