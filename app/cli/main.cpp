@@ -391,8 +391,9 @@ class Cli {
     };
     for (const auto& name : std::vector<std::string>(p_.F.format.items))
       load(name, [&] { LoadProtocol(p_, name); });
+    // The protocol list's names, upper-cased again only when loading a device changed the list.
+    std::vector<std::string> knownFrom;
     std::set<std::string> known;
-    for (const std::string& name : p_.F.format.items) known.insert(UCase(name));
     for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
       p_.F.Lex.listIndex = static_cast<int>(i);
       const std::string name = p_.F.Lex.items[i];
@@ -400,6 +401,11 @@ class Cli {
       host_.sourceFile = path ? path->string() : std::string();
       load(name, [&] {
         Lex_Click(p_);
+        if (p_.F.format.items != knownFrom) {
+          knownFrom = p_.F.format.items;
+          known.clear();
+          for (const std::string& protocol : knownFrom) known.insert(UCase(protocol));
+        }
         if (path) CheckKeyProtocols(path->string(), known);
       });
     }
