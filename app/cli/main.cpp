@@ -397,7 +397,7 @@ class Cli {
     for (std::size_t i = 0; i < p_.F.Lex.items.size(); ++i) {
       p_.F.Lex.listIndex = static_cast<int>(i);
       const std::string name = p_.F.Lex.items[i];
-      const auto path = FindFileIgnoringCase(p_.DeviceLibraryPath, name + ".dvc");
+      const auto path = p_.Library.Find(p_.DeviceLibraryPath, name + ".dvc");
       host_.sourceFile = path ? path->string() : std::string();
       load(name, [&] {
         Lex_Click(p_);
@@ -411,13 +411,10 @@ class Cli {
 
   /// A key code that names a protocol the library lacks fails only when the key is
   /// built; check reports it now, at the key's line, with the text the build shows.
+  /// Protocol names match as the loader matches them (through the library's kept
+  /// protocol-name map, so each name costs one lookup).
   void CheckKeyProtocols(const std::string& deviceFile) {
-    std::map<std::string, bool> known;
-    auto inLibrary = [&](const std::string& name) {
-      auto it = known.find(name);
-      if (it == known.end()) it = known.emplace(name, ProtocolInLibrary(p_.DeviceLibraryPath, name)).first;
-      return it->second;
-    };
+    auto inLibrary = [&](const std::string& name) { return ProtocolInLibrary(p_, name); };
     for (int k = 1; k <= p_.Keys.UpperBound(); ++k) {
       const KeyEntry& key = p_.Keys[k];
       std::set<std::string> missing;

@@ -210,7 +210,7 @@ void LoadDeviceFile(Program& p, const std::string& name) {
   p.VaryingSwitch = p.Switch1Setting = p.Switch2Setting = 0;
   p.XantechSweep = p.XantechCode1 = p.XantechCode2 = 0;
 
-  std::optional<std::filesystem::path> path = FindFileIgnoringCase(p.DeviceLibraryPath, name + ".dvc");
+  std::optional<std::filesystem::path> path = p.Library.Find(p.DeviceLibraryPath, name + ".dvc");
   if (!path || !FileExists(*path)) return;
 
   SourceScope scope(p, path->string());

@@ -84,7 +84,7 @@ void PageFile::Begin() {
   if (groupDepth_++ > 0) return;
   groupPageCount_ = pageCount_;
   groupBefore_.clear();
-  groupSaved_.assign(pageCount_, false);
+  groupSaved_.clear();
 }
 
 void PageFile::Commit() {
@@ -103,12 +103,12 @@ void PageFile::Rollback() {
   for (auto it = groupBefore_.rbegin(); it != groupBefore_.rend(); ++it) {
     ssize_t put = ::pwrite(fd_, it->second.data(), pageSize_, off_t(it->first) * off_t(pageSize_));
     if (put != ssize_t(pageSize_)) ThrowDiskIo(path_);
-    cache_[it->first] = std::move(it->second);
+    Cached(it->first, &it->second);
   }
   if (pageCount_ > groupPageCount_) {
     if (::ftruncate(fd_, off_t(groupPageCount_) * off_t(pageSize_)) != 0) ThrowDiskIo(path_);
     pageCount_ = groupPageCount_;
-    cache_.resize(pageCount_);
+    ForgetFrom(pageCount_);
   }
   groupBefore_.clear();
   groupSaved_.clear();
@@ -180,7 +180,6 @@ void PageFile::ReadHeader() {
   off_t size = ::lseek(fd_, 0, SEEK_END);
   if (size < off_t(pageSize_) * 2) ThrowUnrecognizedFormat(path_);
   pageCount_ = uint32_t(size / off_t(pageSize_));
-  cache_.assign(pageCount_, Bytes());
   page.resize(pageSize_);
   ApplyHeaderMask(page, jet4() ? kJet4MaskLength : kJet3MaskLength);
   header_.codePage = Get16(&page[kCodePageOffset]);
@@ -211,18 +210,89 @@ bool PageFile::PasswordMatches(const std::string& givenUtf8) const {
 const Bytes& PageFile::Page(uint32_t number) {
   if (fd_ < 0) ThrowObjectInvalid();
   if (number >= pageCount_) ThrowCorrupt(path_);
-  Bytes& slot = cache_[number];
-  if (slot.empty()) {
-    slot.resize(pageSize_);
-    ssize_t got = ::pread(fd_, slot.data(), pageSize_, off_t(number) * off_t(pageSize_));
+  return Cached(number, nullptr).bytes;
+}
+
+void PageFile::Unlink(uint32_t slot) {
+  CachedPage& c = slots_[slot];
+  if (c.newer != kNone) slots_[c.newer].older = c.older;
+  else newest_ = c.older;
+  if (c.older != kNone) slots_[c.older].newer = c.newer;
+  else oldest_ = c.newer;
+  c.newer = c.older = kNone;
+}
+
+void PageFile::PushNewest(uint32_t slot) {
+  CachedPage& c = slots_[slot];
+  c.older = newest_;
+  c.newer = kNone;
+  if (newest_ != kNone) slots_[newest_].newer = slot;
+  newest_ = slot;
+  if (oldest_ == kNone) oldest_ = slot;
+}
+
+void PageFile::PushOldest(uint32_t slot) {
+  CachedPage& c = slots_[slot];
+  c.bytes.clear();
+  c.number = kNone;
+  c.newer = oldest_;
+  c.older = kNone;
+  if (oldest_ != kNone) slots_[oldest_].older = slot;
+  oldest_ = slot;
+  if (newest_ == kNone) newest_ = slot;
+}
+
+void PageFile::ForgetFrom(uint32_t first) {
+  for (auto it = slotOfPage_.begin(); it != slotOfPage_.end();) {
+    if (it->first >= first) {
+      Unlink(it->second);
+      PushOldest(it->second);
+      it = slotOfPage_.erase(it);
+    } else {
+      ++it;
+    }
+  }
+}
+
+PageFile::CachedPage& PageFile::Cached(uint32_t number, const Bytes* data) {
+  auto it = slotOfPage_.find(number);
+  if (it != slotOfPage_.end()) {
+    uint32_t slot = it->second;
+    if (newest_ != slot) {
+      Unlink(slot);
+      PushNewest(slot);
+    }
+    if (data) slots_[slot].bytes = *data;
+    return slots_[slot];
+  }
+  uint32_t slot;
+  // Room for every slot at once: references to cached pages never move.
+  if (slots_.capacity() < kCachedPages) slots_.reserve(kCachedPages);
+  if (slots_.size() < kCachedPages) {
+    slot = uint32_t(slots_.size());
+    slots_.emplace_back();
+  } else {
+    slot = oldest_;
+    Unlink(slot);
+    if (slots_[slot].number != kNone) slotOfPage_.erase(slots_[slot].number);
+  }
+  CachedPage& c = slots_[slot];
+  c.number = number;
+  if (data) {
+    c.bytes = *data;
+  } else {
+    c.bytes.resize(pageSize_);
+    ssize_t got = ::pread(fd_, c.bytes.data(), pageSize_, off_t(number) * off_t(pageSize_));
     // Everything later reads a data page's rows through its row table: a
     // table that leaves the page, or rows that overlap, are damage.
-    if (got != ssize_t(pageSize_) || (slot[0] == page_type::kData && !SlotsAreSound(slot, jet4()))) {
-      slot.clear();
+    if (got != ssize_t(pageSize_) || (c.bytes[0] == page_type::kData && !SlotsAreSound(c.bytes, jet4()))) {
+      PushOldest(slot);
       ThrowCorrupt(path_);
     }
   }
-  return slot;
+  slotOfPage_[number] = slot;
+  PushNewest(slot);
+  return c;
 }
 
 void PageFile::RawWrite(uint32_t number, const Bytes& data) {
@@ -244,19 +314,19 @@ void PageFile::RawWrite(uint32_t number, const Bytes& data) {
 
 void PageFile::WritePage(uint32_t number, const Bytes& data) {
   if (number >= pageCount_) throw std::logic_error("write past the end of the page file");
-  if (groupDepth_ > 0 && number < groupPageCount_ && !groupSaved_[number]) {
+  if (groupDepth_ > 0 && number < groupPageCount_ && !groupSaved_.count(number)) {
     groupBefore_.emplace_back(number, Page(number));
-    groupSaved_[number] = true;
+    groupSaved_.insert(number);
   }
   RawWrite(number, data);
-  cache_[number] = data;
+  Cached(number, &data);
 }
 
 uint32_t PageFile::AppendPage(const Bytes& data) {
   uint32_t number = pageCount_;
   RawWrite(number, data);
   ++pageCount_;
-  cache_.push_back(data);
+  Cached(number, &data);
   return number;
 }
 

@@ -16,6 +16,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "jet/format.h"
@@ -64,7 +66,9 @@ class PageFile {
   bool PasswordMatches(const std::string& givenUtf8) const;
 
   // ---- pages ----
-  /// The page's bytes (cached after the first read). Throws 3049 past the end.
+  /// The page's bytes. Throws 3049 past the end. Pages are kept in a cache of
+  /// kCachedPages pages that drops the least recently used one: the reference
+  /// stays good while fewer than kCachedPages other pages are read or written.
   const Bytes& Page(uint32_t number);
   /// Writes a whole page at once and keeps the cache in step.
   void WritePage(uint32_t number, const Bytes& data);
@@ -102,14 +106,33 @@ class PageFile {
   size_t pageSize_ = 4096;
   uint32_t pageCount_ = 0;
   DatabaseHeader header_;
-  std::vector<Bytes> cache_;
   int groupDepth_ = 0;
   uint32_t groupPageCount_ = 0;
   std::vector<std::pair<uint32_t, Bytes>> groupBefore_;
-  std::vector<bool> groupSaved_;
+  std::unordered_set<uint32_t> groupSaved_;
+
+  /// One cached page and its neighbours in the use order.
+  struct CachedPage {
+    uint32_t number = 0;
+    Bytes bytes;
+    uint32_t newer = kNone, older = kNone;
+  };
+  static constexpr uint32_t kNone = UINT32_MAX;
+  /// The slot holding `number`, read from the file on a miss (or filled with `data`).
+  CachedPage& Cached(uint32_t number, const Bytes* data);
+  /// Forgets every cached page numbered `first` or more (the file was cut there).
+  void ForgetFrom(uint32_t first);
+  void Unlink(uint32_t slot);
+  void PushNewest(uint32_t slot);
+  void PushOldest(uint32_t slot);
+  std::vector<CachedPage> slots_;
+  std::unordered_map<uint32_t, uint32_t> slotOfPage_;
+  uint32_t newest_ = kNone, oldest_ = kNone;
 };
 
-
+/// Pages the page cache holds: 4 MB of Jet 4 pages. Memory stays bounded
+/// whatever the size of the file.
+inline constexpr size_t kCachedPages = 1024;
 
 /// Builds the decoded-then-masked page 0 of a new Jet 4 database.
 Bytes BuildJet4HeaderPage(const DatabaseHeader& header);

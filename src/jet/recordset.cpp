@@ -31,6 +31,7 @@ bool Recordset::Bof() const {
 }
 
 void Recordset::MoveFirst() {
+  Forget();
   CheckOpen();
   if (rows_.empty()) ThrowNoCurrentRecord();
   pos_ = 0;
@@ -38,6 +39,7 @@ void Recordset::MoveFirst() {
 }
 
 void Recordset::MoveLast() {
+  Forget();
   CheckOpen();
   if (rows_.empty()) ThrowNoCurrentRecord();
   pos_ = long(rows_.size()) - 1;
@@ -45,6 +47,7 @@ void Recordset::MoveLast() {
 }
 
 void Recordset::MoveNext() {
+  Forget();
   CheckOpen();
   if (pos_ >= long(rows_.size())) ThrowNoCurrentRecord();
   ++pos_;
@@ -52,6 +55,7 @@ void Recordset::MoveNext() {
 }
 
 void Recordset::MovePrevious() {
+  Forget();
   CheckOpen();
   if (pos_ < 0) ThrowNoCurrentRecord();
   --pos_;
@@ -64,6 +68,7 @@ RowId Recordset::Bookmark() const {
 }
 
 void Recordset::SetBookmark(RowId id) {
+  Forget();
   CheckOpen();
   auto it = std::find(rows_.begin(), rows_.end(), id);
   if (it == rows_.end()) ThrowJet(3159, "Not a valid bookmark.");
@@ -79,16 +84,23 @@ RowId Recordset::LastModified() const {
 
 int Recordset::Column(const std::string& name) const {
   CheckOpen();
+  for (const auto& [asked, index] : askedNames_)
+    if (asked == name) return index;
   int k = table_->ColumnIndex(name);
   if (k < 0) ThrowItemNotFound();
+  askedNames_.emplace_back(name, k);
   return k;
 }
 
-Value Recordset::Field(const std::string& name) const {
+const Value& Recordset::Field(const std::string& name) const {
   int k = Column(name);
   if (mode_ != Mode::kNone) return buffer_[size_t(k)];
   CheckCurrent();
-  return table_->ReadRow(rows_[size_t(pos_)])[size_t(k)];
+  if (decodedPos_ != pos_) {
+    decoded_ = table_->ReadRow(rows_[size_t(pos_)]);
+    decodedPos_ = pos_;
+  }
+  return decoded_[size_t(k)];
 }
 
 std::vector<std::string> Recordset::FieldNames() const {
@@ -119,6 +131,7 @@ void Recordset::SetField(const std::string& name, const Value& value) {
 }
 
 void Recordset::Update() {
+  Forget();
   CheckOpen();
   if (mode_ == Mode::kNone) ThrowUpdateWithoutAddNew();
   if (mode_ == Mode::kAddNew) {
@@ -145,6 +158,7 @@ void Recordset::CancelUpdate() {
 }
 
 void Recordset::Delete() {
+  Forget();
   CheckCurrent();
   table_->Delete(rows_[size_t(pos_)]);
   rows_.erase(rows_.begin() + pos_);
@@ -154,6 +168,7 @@ void Recordset::Delete() {
 }
 
 void Recordset::Close() {
+  Forget();
   table_ = nullptr;
   rows_.clear();
   mode_ = Mode::kNone;

@@ -41,8 +41,9 @@ class Recordset {
   // ---- read ----
   /// The current row's value of the column `name` (any case). The edit
   /// buffer's value while AddNew/Edit is pending. 3265 for an unknown name,
-  /// 3021 with no current row.
-  Value Field(const std::string& name) const;
+  /// 3021 with no current row. The reference holds until the recordset moves
+  /// or writes.
+  const Value& Field(const std::string& name) const;
   std::vector<std::string> FieldNames() const;
 
   // ---- write ----
@@ -59,6 +60,8 @@ class Recordset {
   int Column(const std::string& name) const;
   void CheckOpen() const;
   void CheckCurrent() const;
+  /// Forgets the decoded current row (after a move or a write).
+  void Forget() const { decodedPos_ = -1; }
 
   Table* table_;
   std::vector<RowId> rows_;
@@ -68,6 +71,12 @@ class Recordset {
   bool hasLastModified_ = false;
   RowId lastModified_;
   bool currentDeleted_ = false;
+  /// The current row decoded once for all its fields, and where it was.
+  mutable std::vector<Value> decoded_;
+  mutable long decodedPos_ = -1;
+  /// Column names asked for before, as written, with their index: a loop
+  /// over rows asks for the same few names again and again.
+  mutable std::vector<std::pair<std::string, int>> askedNames_;
 };
 
 }  // namespace bw::jet

@@ -82,9 +82,7 @@ RowId Table::Resolve(RowId id) {
   ThrowCorrupt(f.path());
 }
 
-const std::vector<Value>& Table::ReadRow(RowId id) {
-  auto it = rowCache_.find(id.Packed());
-  if (it != rowCache_.end()) return it->second;
+std::vector<Value> Table::ReadRow(RowId id, bool longValues) {
   PageFile& f = db_.file();
   const bool j4 = f.jet4();
   {
@@ -99,8 +97,8 @@ const std::vector<Value>& Table::ReadRow(RowId id) {
   size_t start, len;
   SlotBounds(pg, j4, at.row, start, len);
   Bytes row(pg.begin() + long(start), pg.begin() + long(start + len));
-  auto values = DecodeRow(def_, j4, row.data(), row.size(), [this](const uint8_t* h) { return ReadLongValue(h); });
-  return rowCache_[id.Packed()] = std::move(values);
+  return DecodeRow(def_, j4, row.data(), row.size(),
+                   [this, longValues](const uint8_t* h) { return longValues ? ReadLongValue(h) : Bytes(); });
 }
 
 Bytes Table::ReadLongValue(const uint8_t* header) {
@@ -145,7 +143,6 @@ void Table::Reload() {
   ownedLoaded_ = false;
   owned_.clear();
   lastDataPage_ = lastLvalPage_ = 0;
-  rowCache_.clear();
 }
 
 std::string Table::IndexName(size_t i) const {
@@ -318,6 +315,7 @@ Bytes Table::StoreLongValue(const Bytes& payload) {
 
 RowId Table::Insert(const std::vector<Value>& values) {
   CheckWritable();
+  ++changeCount_;
   PageFile& f = db_.file();
   RowId id;
   AllOrNothing([&] {
@@ -351,6 +349,7 @@ void Table::AllOrNothing(const std::function<void()>& write) {
 
 void Table::Update(RowId id, const std::vector<Value>& values) {
   CheckWritable();
+  ++changeCount_;
   PageFile& f = db_.file();
   AllOrNothing([&] {
     auto oldKeys = Keys(ReadRow(id));
@@ -373,7 +372,6 @@ void Table::Rewrite(RowId id, const std::vector<Value>& values) {
   PageFile& f = db_.file();
   RowId at = Resolve(id);
   Bytes row = EncodeRow(def_, values, [this](const Bytes& p) { return StoreLongValue(p); });
-  rowCache_.erase(id.Packed());
   auto slots = ReadSlots(f.Page(at.page), true);
   slots[at.row].data = row;
   if (SpaceNeeded(slots, true) <= f.pageSize()) {
@@ -397,6 +395,7 @@ void Table::Rewrite(RowId id, const std::vector<Value>& values) {
 
 void Table::Delete(RowId id) {
   CheckWritable();
+  ++changeCount_;
   PageFile& f = db_.file();
   AllOrNothing([&] {
     auto keys = Keys(ReadRow(id));
@@ -410,7 +409,6 @@ void Table::Delete(RowId id) {
 void Table::Erase(RowId id) {
   PageFile& f = db_.file();
   RowId at = Resolve(id);
-  rowCache_.erase(id.Packed());
   const uint16_t gone = row_flag::kDeleted | row_flag::kOverflow;
   auto slots = ReadSlots(f.Page(id.page), true);
   if (slots[id.row].flags & gone) {

@@ -44,7 +44,12 @@ class Table {
   /// page keeps the id of the place that points to it.
   std::vector<RowId> RowIds();
   /// The row's values, one per column. Throws 3167 for a deleted row.
-  const std::vector<Value>& ReadRow(RowId id);
+  /// Without `longValues`, memo and OLE columns come back empty and their
+  /// pages are not read (for lookups over the short columns).
+  std::vector<Value> ReadRow(RowId id, bool longValues = true);
+  /// Counts the row writes begun on this table (insert, update, delete), so a
+  /// reader keeping facts about its rows can tell whether they still hold.
+  uint64_t changeCount() const { return changeCount_; }
 
   // ---- write rows ----
   /// Throws 3027 when this table cannot be written (read-only open, Jet 3 file).
@@ -95,7 +100,7 @@ class Table {
   std::vector<uint32_t> owned_;
   uint32_t lastDataPage_ = 0;
   uint32_t lastLvalPage_ = 0;
-  std::unordered_map<uint32_t, std::vector<Value>> rowCache_;
+  uint64_t changeCount_ = 0;
 };
 
 /// Largest long value kept inside its row; longer ones go to LVAL pages.

@@ -1,7 +1,9 @@
 #include "pronto/db_access.h"
 
 #include "jet/database.h"
+#include "jet/jet_errors.h"
 #include "jet/recordset.h"
+#include "pronto/ir_lookup.h"
 #include "runtime/run_time_error.h"
 #include "runtime/text.h"
 
@@ -104,14 +106,18 @@ void OpenIRDatabase(Program& p, const std::string& path) {
   std::shared_ptr<jet::Database> db =
       jet::Database::Open(path, true, false, std::string("; pwd=") + kIRDatabasePassword);
   p.Database = std::move(db);
+  p.DatabaseIndex.reset();
   p.DatabaseOpen = true;
   FillDatabaseLists(p);
+  // The database is held exclusively: what is read now stays true until we write.
+  BuildIRDatabaseIndex(p);
   p.ButtonSequence = 0;
 }
 
 void CloseIRDatabase(Program& p) {
   if (p.Database) p.Database->Close();
   p.Database.reset();
+  p.DatabaseIndex.reset();
   p.DatabaseOpen = false;
 }
 
@@ -127,8 +133,11 @@ int16_t GetDeviceTypeID(Program& p, const std::string& name) {
   return FindOrAddNamed(p, "Device Types", "DeviceTypeid", name);
 }
 
-int32_t GetDeviceID(Program& p, const std::string& model, const std::string& type, const std::string& manufacturer,
-                    bool lookupOnly) {
+namespace {
+
+/// GetDeviceID as a walk of "Devices": for a table the lookup structure cannot serve.
+int32_t WalkGetDeviceID(Program& p, const std::string& model, const std::string& type,
+                        const std::string& manufacturer, bool lookupOnly) {
   auto rs = Db(p).OpenRecordset("Devices");
   const std::string wanted = UCase(model);
   bool found = false;
@@ -173,8 +182,9 @@ int32_t GetDeviceID(Program& p, const std::string& model, const std::string& typ
   return id;
 }
 
-void AddIRCode(Program& p, IRCodeRecord& record, const std::string& model, const std::string& type,
-               const std::string& manufacturer) {
+/// AddIRCode as a walk of "IR Codes": for a table the lookup structure cannot serve.
+void WalkAddIRCode(Program& p, IRCodeRecord& record, const std::string& model, const std::string& type,
+                   const std::string& manufacturer) {
   auto rs = Db(p).OpenRecordset("IR Codes");
   if (rs->RecordCount() > 0) {
     rs->MoveFirst();
@@ -207,6 +217,134 @@ void AddIRCode(Program& p, IRCodeRecord& record, const std::string& model, const
   rs->SetField("RecordType", Value::Integer(kRecordType));
   rs->Update();
   rs->Close();
+}
+
+
+/// The lookup structures of the current database (made afresh for another one).
+IRDatabaseIndex& Index(Program& p) {
+  if (!p.DatabaseIndex || p.DatabaseIndex->database.lock() != p.Database) {
+    p.DatabaseIndex = std::make_shared<IRDatabaseIndex>();
+    p.DatabaseIndex->database = p.Database;
+  }
+  return *p.DatabaseIndex;
+}
+
+/// The structure over `table`, built again when a write went past it; null
+/// when the table cannot be served by one.
+template <typename Structure>
+Structure* Usable(Structure& structure, jet::Table& table) {
+  if (structure.Current(table) || structure.Build(table)) return &structure;
+  return nullptr;
+}
+
+/// A recordset's AddNew/Edit buffer: values set by column name are converted
+/// to the column's type, as SetField does.
+class RowBuffer {
+ public:
+  RowBuffer(jet::Table& table, std::vector<Value> values) : table_(table), values_(std::move(values)) {}
+  void Set(const std::string& column, const Value& value) {
+    int k = table_.ColumnIndex(column);
+    if (k < 0) jet::ThrowItemNotFound();
+    values_[size_t(k)] = jet::CoerceTo(value, table_.def().columns[size_t(k)]);
+  }
+  const std::vector<Value>& values() const { return values_; }
+
+ private:
+  jet::Table& table_;
+  std::vector<Value> values_;
+};
+
+void PutCodeFields(RowBuffer& row, const IRCodeRecord& r, int16_t sequence) {
+  row.Set("ButtonID", Value::Long(r.KeyCode2));
+  row.Set("FunctionID", Value::Integer(sequence));
+  row.Set("Label", Value::Text(r.Label));
+  row.Set("FullText", Value::Memo(r.FullText));
+  row.Set("Details", Value::Text(r.FormatText));
+  row.Set("Carrier", Value::Integer(r.CarrierWord));
+  row.Set("OnceCounter", Value::Integer(r.OnceCount));
+  row.Set("RepeatCounter", Value::Integer(r.RepeatCount));
+  row.Set("IRcode", Value::Memo(r.BurstText));
+}
+
+}  // namespace
+
+void BuildIRDatabaseIndex(Program& p) {
+  p.DatabaseIndex.reset();
+  if (!p.Database) return;
+  IRDatabaseIndex& index = Index(p);
+  try {
+    index.devices.Build(p.Database->GetTable("Devices"));
+    index.codes.Build(p.Database->GetTable("IR Codes"));
+  } catch (const RunTimeError&) {
+    // A missing table is reported by the command that needs it.
+  }
+}
+
+int32_t GetDeviceID(Program& p, const std::string& model, const std::string& type, const std::string& manufacturer,
+                    bool lookupOnly) {
+  jet::Table& table = Db(p).GetTable("Devices");
+  DeviceRowIndex* devices = Usable(Index(p).devices, table);
+  if (!devices) return WalkGetDeviceID(p, model, type, manufacturer, lookupOnly);
+  const int column = devices->deviceColumn();
+  // Only the model is compared, and the last matching row wins.
+  if (auto row = devices->LastOfModel(UCase(model)))
+    return int32_t(table.ReadRow(*row, false)[size_t(column)].AsInteger());
+  if (lookupOnly) return 0;
+  int16_t typeId = GetDeviceTypeID(p, type);
+  int16_t manufacturerId = GetManufacturerID(p, manufacturer);
+  int32_t newId = kFirstDeviceID;
+  if (auto last = devices->Last()) newId = int32_t(table.ReadRow(*last, false)[size_t(column)].AsInteger()) + 1;
+  table.CheckWritable();
+  RowBuffer row(table, std::vector<Value>(table.def().columns.size(), Value::Null()));
+  row.Set("DeviceID", Value::Long(newId));
+  row.Set("DeviceTypeid", Value::Integer(typeId));
+  row.Set("IManufacturerID", Value::Integer(0));
+  row.Set("ManufacturerID", Value::Integer(manufacturerId));
+  row.Set("Model", Value::Text(model));
+  row.Set("RecordType", Value::Integer(kRecordType));
+  const jet::RowId id = table.Insert(row.values());
+  const std::vector<Value> stored = table.ReadRow(id, false);
+  devices->Add(id, stored);
+  devices->Synced(table);
+  return int32_t(stored[size_t(column)].AsInteger());
+}
+
+void AddIRCode(Program& p, IRCodeRecord& record, const std::string& model, const std::string& type,
+               const std::string& manufacturer) {
+  jet::Table& table = Db(p).GetTable("IR Codes");
+  CodeRowIndex* codes = Usable(Index(p).codes, table);
+  if (!codes) return WalkAddIRCode(p, record, model, type, manufacturer);
+  // The walk asks for the device at its first row with the same label, button
+  // and function, and otherwise after the walk: either way once before any
+  // code row is written, and later asks give the same id.
+  const int64_t device = GetDeviceID(p, model, type, manufacturer, false);
+  // GetDeviceID writes only other tables; "IR Codes" is as it was.
+  const std::string label = UCase(record.Label);
+  const std::string button = std::to_string(record.KeyCode2);
+  // "FunctionID" holds the sequence number the program wrote, yet it is
+  // compared with KeyCode1: a row is updated only when the two happen to agree.
+  const std::string function = std::to_string(record.KeyCode1);
+  if (auto found = codes->Find(table, label, button, function, device)) {
+    table.CheckWritable();
+    std::vector<Value> before = table.ReadRow(*found);
+    RowBuffer row(table, before);
+    NextButtonSequence(p);
+    PutCodeFields(row, record, p.ButtonSequence);
+    table.Update(*found, row.values());
+    codes->Remove(*found, before);
+    codes->Add(*found, table.ReadRow(*found, false));
+    codes->Synced(table);
+    return;
+  }
+  table.CheckWritable();
+  RowBuffer row(table, std::vector<Value>(table.def().columns.size(), Value::Null()));
+  NextButtonSequence(p);
+  row.Set("DeviceID", Value::Long(int32_t(device)));
+  PutCodeFields(row, record, p.ButtonSequence);
+  row.Set("RecordType", Value::Integer(kRecordType));
+  const jet::RowId id = table.Insert(row.values());
+  codes->Add(id, table.ReadRow(id, false));
+  codes->Synced(table);
 }
 
 }  // namespace bw

@@ -19,6 +19,9 @@ inline constexpr const char* kIRDatabasePassword = "3f8c1d7e05b62";
 void OpenIRDatabase(Program& p, const std::string& path);
 void CloseIRDatabase(Program& p);
 void FillDatabaseLists(Program& p);
+/// Reads "Devices" and "IR Codes" once into the lookup structures that let
+/// GetDeviceID and AddIRCode answer without walking them.
+void BuildIRDatabaseIndex(Program& p);
 int16_t GetManufacturerID(Program& p, const std::string& name);
 int16_t GetDeviceTypeID(Program& p, const std::string& name);
 int32_t GetDeviceID(Program& p, const std::string& model, const std::string& type, const std::string& manufacturer,

@@ -34,17 +34,56 @@ Statement SplitAtBlank(const std::string& line) {
 
 bool NamesProtocol(const std::string& keyword) { return keyword == "FORMAT" || keyword == "PROTOCOL"; }
 
-/// True when one of the file's FORMAT/PROTOCOL lines names `wanted` (blanks removed, upper case).
-bool FileNamesProtocol(const std::filesystem::path& path, const std::string& wanted) {
+/// The protocols the file's FORMAT/PROTOCOL lines name (blanks removed, upper case), in file order.
+std::vector<std::string> NamedProtocols(const std::filesystem::path& path) {
   TextFileReader reader(path);
+  std::vector<std::string> names;
   std::string line;
   while (ReadCleanLine(reader, line)) {
     if (Trim(line).empty()) continue;
     Statement s = SplitAtEquals(line);
     if (!NamesProtocol(s.keyword)) s = SplitAtBlank(line);
-    if (NamesProtocol(s.keyword) && RemoveBlanks(s.value) == wanted) return true;
+    if (NamesProtocol(s.keyword)) names.push_back(RemoveBlanks(s.value));
   }
-  return false;
+  return names;
+}
+
+/// The first protocol file in listing order that names `wanted`; empty when none
+/// does. Files are read once per state of the folder, and only as far as needed.
+std::string FindProtocolFile(Program& p, const std::string& wanted) {
+  const std::filesystem::path folder = p.DeviceLibraryPath;
+  // A change between these two calls leaves the index tagged with the older
+  // generation, so it is read afresh next time.
+  const uint64_t generation = p.Library.Check(folder);
+  const std::vector<std::string>& files = p.Library.List(folder, ".irp");
+  ProtocolFileIndex& index = p.ProtocolFiles;
+  if (index.generation != generation) index = ProtocolFileIndex{generation, 0, {}};
+  if (auto it = index.firstFile.find(wanted); it != index.firstFile.end()) return it->second;
+  while (index.filesRead < files.size()) {
+    const std::string& file = files[index.filesRead];
+    const std::vector<std::string> names = NamedProtocols(folder / file);
+    ++index.filesRead;
+    bool found = false;
+    for (const std::string& name : names) {
+      index.firstFile.emplace(name, file);
+      found = found || name == wanted;
+    }
+    if (found) return file;
+  }
+  return {};
+}
+
+/// RemoveBlanks(item) == wanted, without building the blank-free copy for plain ASCII items.
+bool SameProtocolName(const std::string& item, const std::string& wanted) {
+  std::size_t at = 0;
+  for (const char c : item) {
+    if (static_cast<unsigned char>(c) >= 0x80) return RemoveBlanks(item) == wanted;
+    if (c == ' ') continue;
+    const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    if (at >= wanted.size() || wanted[at] != upper) return false;
+    ++at;
+  }
+  return at == wanted.size();
 }
 
 /// Reads "mark , space" leniently: each the longest leading number, else 0.
@@ -63,25 +102,12 @@ constexpr const char* kBitOrderList = "LSB MSB";
 
 // ---- finding and loading a protocol file ----
 
-namespace {
-
-/// The first protocol file of `folder` (in listing order) that names `name`; empty when none does.
-std::filesystem::path FindProtocolFile(const std::filesystem::path& folder, const std::string& name) {
-  const std::string wanted = RemoveBlanks(name);
-  for (const std::string& file : ListFolder(folder, ".irp"))
-    if (FileNamesProtocol(folder / file, wanted)) return folder / file;
-  return {};
-}
-
-}  // namespace
-
-bool ProtocolInLibrary(const std::filesystem::path& library, const std::string& name) {
-  return !FindProtocolFile(library, name).empty();
-}
+bool ProtocolInLibrary(Program& p, const std::string& name) { return !FindProtocolFile(p, RemoveBlanks(name)).empty(); }
 
 bool LoadProtocol(Program& p, const std::string& name) {
-  const std::filesystem::path found = FindProtocolFile(p.DeviceLibraryPath, name);
-  if (found.empty()) return false;
+  const std::string file = FindProtocolFile(p, RemoveBlanks(name));
+  if (file.empty()) return false;
+  const std::filesystem::path found = std::filesystem::path(p.DeviceLibraryPath) / file;
 
   p.Defines.Clear();
   ProtocolScratch scratch;
@@ -241,7 +267,7 @@ void CompileProtocolForm(Program& p) {
 void SelectProtocolInList(Program& p, const std::string& name) {
   const std::string wanted = RemoveBlanks(name);
   for (std::size_t i = 0; i < p.F.format.items.size(); ++i) {
-    if (RemoveBlanks(p.F.format.items[i]) == wanted) {
+    if (SameProtocolName(p.F.format.items[i], wanted)) {
       p.F.format.Select(static_cast<int>(i));
       return;
     }

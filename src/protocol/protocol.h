@@ -18,8 +18,8 @@ struct ProtocolScratch {
 
 /// True when a file for `name` was found and read; false leaves everything as it was.
 bool LoadProtocol(Program& p, const std::string& name);
-/// True when LoadProtocol would find a file for `name` in `library` (nothing is read but the names).
-bool ProtocolInLibrary(const std::filesystem::path& library, const std::string& name);
+/// True when LoadProtocol would find a file for `name` in the Device Library (nothing is read but the names).
+bool ProtocolInLibrary(Program& p, const std::string& name);
 /// One statement; false for an unknown keyword.
 bool ParseProtocolLine(Program& p, const std::string& keyword, const std::string& value,
                        ProtocolScratch& scratch);

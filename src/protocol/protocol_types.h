@@ -3,8 +3,10 @@
 // mark/space pairs of a one and a zero).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 
 namespace bw {
 
@@ -20,6 +22,17 @@ struct ProtocolRecord {
   int16_t TimeBase = 0;        ///< microseconds; 1 after loading when it was 0
   int32_t OneMark = 0, OneSpace = 0;
   int32_t ZeroMark = 0, ZeroSpace = 0;
+};
+
+/// What the library's protocol files were found to name, kept while the
+/// folder stays the same (one generation of its FolderCache): the files are
+/// read in listing order only as far as a search needed.
+struct ProtocolFileIndex {
+  uint64_t generation = 0;
+  /// How many files of the listing have been read.
+  std::size_t filesRead = 0;
+  /// Name (blanks removed, upper case) -> the first file in listing order naming it.
+  std::unordered_map<std::string, std::string> firstFile;
 };
 
 }  // namespace bw

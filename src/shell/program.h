@@ -18,6 +18,7 @@
 #include "input/key_types.h"
 #include "pronto/ir_code_types.h"
 #include "protocol/protocol_types.h"
+#include "runtime/folder_cache.h"
 #include "shell/forms.h"
 #include "shell/host.h"
 
@@ -26,6 +27,7 @@ namespace bw {
 namespace jet {
 class Database;
 }
+struct IRDatabaseIndex;
 
 /// Where a message arose: the file being read and its line (0 when not reading).
 struct MessageSource {
@@ -51,6 +53,10 @@ struct Program {
   std::string CommandLine;
   /// Full path of the Device Library, no trailing separator.
   std::string DeviceLibraryPath;
+  /// The Device Library's listing, kept while the folder is unchanged.
+  FolderCache Library;
+  /// Which protocol file names which protocol, kept alongside.
+  ProtocolFileIndex ProtocolFiles;
   bool QuitRequested = false;
 
   // ---- output format flags: exactly one is true ----
@@ -92,6 +98,8 @@ struct Program {
   int16_t ButtonSequence = 0;
   bool DatabaseOpen = false;
   std::shared_ptr<jet::Database> Database;
+  /// Lookup structures over the open database's device and code rows.
+  std::shared_ptr<IRDatabaseIndex> DatabaseIndex;
   /// Test seam: when set, the Pronto writers hand each finished record here
   /// instead of storing it with AddIRCode.
   std::function<void(Program&)> IRCodeSink;

@@ -153,7 +153,7 @@ bool StartProgram(Program& p) {
 void ListDeviceFiles(Program& p) {
   ListBox& lex = p.F.Lex;
   lex.Clear();
-  for (const std::string& file : ListFolder(p.DeviceLibraryPath, ".dvc")) {
+  for (const std::string& file : p.Library.List(p.DeviceLibraryPath, ".dvc")) {
     lex.AddItem(UCase(file.substr(0, file.size() >= 4 ? file.size() - 4 : 0)));
     lex.listIndex = -1;
   }
@@ -161,7 +161,7 @@ void ListDeviceFiles(Program& p) {
 
 void ListProtocolNames(Program& p) {
   const std::filesystem::path folder = p.DeviceLibraryPath;
-  for (const std::string& file : ListFolder(folder, ".irp")) {
+  for (const std::string& file : p.Library.List(folder, ".irp")) {
     std::string name = ProtocolFileName(folder / file);
     if (!name.empty()) p.F.format.AddItem(name);
   }

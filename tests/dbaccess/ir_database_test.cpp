@@ -2,6 +2,7 @@
 // device match, the update path comparing "FunctionID" with KeyCode1, the
 // trapped error text, upper-cased lists, and what mdbtools reads back.
 #include <chrono>
+#include <functional>
 
 #include "dbrun/dbrun_support.h"
 #include "jet/mdbtools.h"
@@ -92,6 +93,46 @@ TEST_F(IRDatabase, RowIsUpdatedOnlyWhenItsSequenceNumberEqualsKeyCode1) {
   Add(3, 7, "MUTE", "m");  // labels compare without case
   EXPECT_EQ(Read("IR Codes", {"FunctionID", "Label"}), (Rows{{"2", "Mute"}, {"4", "MUTE"}}));
   EXPECT_EQ(p.ButtonSequence, 4);
+}
+
+TEST_F(IRDatabase, TiedRowsAreUpdatedInTableOrderThroughDeletesAndOtherWriters) {
+  OpenIRDatabase(p, Fresh());
+  Add(1, 7, "Mute", "M");  // the first row: device 1000, FunctionID 1
+  for (const char* label : {"MUTE", "mute"}) {  // two more with the same key, written past AddIRCode
+    auto rs = p.Database->OpenRecordset("IR Codes");
+    rs->AddNew();
+    rs->SetField("DeviceID", jet::Value::Long(1000));
+    rs->SetField("ButtonID", jet::Value::Long(7));
+    rs->SetField("FunctionID", jet::Value::Integer(1));
+    rs->SetField("Label", jet::Value::Text(label));
+    rs->Update();
+  }
+  auto deleteFirst = [&] {
+    auto rs = p.Database->OpenRecordset("IR Codes");
+    rs->Delete();
+  };
+  // Before each store: an action and the sequence number to start from.
+  struct Store {
+    std::function<void()> before;
+    int16_t sequence;
+    std::string label, burst;
+  };
+  const std::vector<Store> stores = {
+      {[] {}, 0, "mUTE", "x1 "},      // the first tied row, which keeps FunctionID 1
+      {deleteFirst, 1, "MUTE", "x2 "},  // the next tied row; FunctionID 2 takes it out of the tie
+      {[] {}, 0, "mUTE", "x3 "},      // the last tied row
+      {[] {}, 1, "Mute", "x4 "},      // the same row again (still FunctionID 1)
+      {[] {}, 2, "mute", "x5 "},      // no row left with FunctionID 1: a new one
+  };
+  for (const Store& s : stores) {
+    s.before();
+    p.ButtonSequence = s.sequence;
+    IRCodeRecord r = Code(1, 7, s.label);
+    r.BurstText = s.burst;
+    AddIRCode(p, r, "M", "TV", "Acme");
+  }
+  EXPECT_EQ(Read("IR Codes", {"Label", "FunctionID", "IRcode"}),
+            (Rows{{"MUTE", "2", "x2 "}, {"Mute", "2", "x4 "}, {"mute", "3", "x5 "}}));
 }
 
 TEST_F(IRDatabase, OpeningAnotherDatabaseRestartsTheSequenceAndReleasesTheFirst) {

@@ -2,6 +2,8 @@
 // folder holds the real template, databases made from it, rows read back as text.
 #pragma once
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -41,10 +43,15 @@ struct DatabaseTest : ::testing::Test {
   /// Whatever a test did, every index of the open database matches its rows.
   /// BW_TEST_KEEP_DB=FOLDER keeps the databases a test made there, for other readers.
   void TearDown() override {
-    if (p.Database && p.Database->IsOpen())
-      for (const auto& table : p.Database->TableNames())  // the tables this test's file has
-        EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{})
-            << table;
+    if (p.Database && p.Database->IsOpen()) {
+      // The IR tables this test's file has: other tables of Access-made files keep
+      // Access's own distinct-key counts, which need not match.
+      const std::vector<std::string> present = p.Database->TableNames();
+      for (const char* table : {"Manufacturers", "Device Types", "Devices", "IR Codes"})
+        if (std::find(present.begin(), present.end(), table) != present.end())
+          EXPECT_EQ(jet::CheckIndexes(p.Database->GetTable(table), true).findings, std::vector<std::string>{})
+              << table;
+    }
     const char* keep = std::getenv("BW_TEST_KEEP_DB");
     if (!keep || !*keep) return;
     if (p.Database) p.Database->Close();

@@ -2,6 +2,8 @@
 // set, the unit rule for ONE and ZERO, the names a form gets, and the exact messages with where they arose.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <functional>
 #include <sstream>
 
 #include "input/defines.h"
@@ -70,6 +72,30 @@ TEST_F(ProtocolFiles, FoundByANamingLineWithBlanksAndCaseIgnored) {
   EXPECT_EQ(host.messages, (Strings{"Bad Command in Protocol File FORMAT = Alpha",
                                     "Bad Command in Protocol File FORMAT = JVC"}));
   EXPECT_EQ(p.Protocol.ProtocolName, "");
+}
+
+TEST_F(ProtocolFiles, SearchSeesEveryChangeToTheLibraryBetweenTwoLoads) {
+  // Each step changes the library, then loads X; the FORM tells which file it came from.
+  namespace fs = std::filesystem;
+  const fs::path folder = dir.path() / "Device Library";
+  Library("b.irp", "PROTOCOL = X\r\nFORM = B:1\r\n");
+  struct Step {
+    std::function<void()> change;
+    std::string form;  ///< "" when no file names X
+  };
+  const std::vector<Step> steps = {
+      {[] {}, "B:1"},
+      {[&] { Library("a.irp", "PROTOCOL = X\r\nFORM = A:1\r\n"); }, "A:1"},  // added ahead of b.irp
+      {[&] { Library("a.irp", "PROTOCOL = Y\r\nFORM = A:2\r\n"); }, "B:1"},  // same size, edited in place
+      {[&] { fs::rename(folder / "b.irp", folder / "c.IRP"); }, "B:1"},
+      {[&] { fs::remove(folder / "c.IRP"); }, ""},
+      {[&] { Library("a.irp", "PROTOCOL = X\r\nFORM = A:3\r\n"); }, "A:3"},
+  };
+  for (size_t i = 0; i < steps.size(); ++i) {
+    steps[i].change();
+    EXPECT_EQ(LoadProtocol(p, "X"), !steps[i].form.empty()) << "step " << i;
+    if (!steps[i].form.empty()) EXPECT_EQ(p.Protocol.FormOnce, steps[i].form) << "step " << i;
+  }
 }
 
 TEST_F(ProtocolFiles, StatementsFillARecordResetOnEachLoadAndBadOnesAreReportedWithTheirPlace) {
