@@ -490,6 +490,8 @@ void PrintTable(const std::vector<Row>& rows) {
 int Main(int argc, char** argv) {
   bool quick = false;
   int cap = 0;
+  std::string only;  ///< one group of cases ("database", "build", "library", "line"); "" runs all
+  auto runs = [&](const char* group) { return only.empty() || only == group; };
   fs::path work = fs::temp_directory_path() / "burstwright-bench";
   for (int i = 1; i < argc; ++i) {
     std::string a = argv[i];
@@ -497,8 +499,10 @@ int Main(int argc, char** argv) {
     else if (a == "--cap" && i + 1 < argc) cap = std::atoi(argv[++i]);
     else if (a == "--limit" && i + 1 < argc) g_limit = std::atoi(argv[++i]);
     else if (a == "--work" && i + 1 < argc) work = argv[++i];
+    else if (a == "--only" && i + 1 < argc) only = argv[++i];
     else {
-      std::cerr << "usage: burstwright-bench [--quick] [--cap ROWS] [--limit SECONDS] [--work DIR]\n";
+      std::cerr << "usage: burstwright-bench [--quick] [--cap ROWS] [--limit SECONDS] [--work DIR]"
+                   " [--only database|build|library|line]\n";
       return 2;
     }
   }
@@ -512,6 +516,7 @@ int Main(int argc, char** argv) {
   std::vector<int> sizes = quick ? std::vector<int>{1000, 10000} : std::vector<int>{1000, 10000, 100000};
   std::map<std::string, std::vector<Measured>> deviceRuns;
   for (int n : sizes) {
+    if (!runs("database")) break;
     std::cerr << "one device into " << n << " rows\n";
     MakeOurDatabase(work / "base.mdb", n);
     MakeSqliteDatabase(work / "base.sqlite", n);
@@ -537,7 +542,7 @@ int Main(int argc, char** argv) {
     rows.push_back({"one 50-key device into a database", Count(n) + " rows", Time(ours), Memory(ours), Time(theirs),
                     Memory(theirs), Ratio(ours.seconds, theirs.seconds)});
   }
-  for (size_t i = 1; i < sizes.size(); ++i)
+  for (size_t i = 1; runs("database") && i < sizes.size(); ++i)
     growth.push_back({"one device into a database", Count(sizes[i - 1]) + "→" + Count(sizes[i]),
                       Exponent(deviceRuns["ours"][i - 1].seconds, deviceRuns["ours"][i].seconds, sizes[i - 1],
                                sizes[i]),
@@ -546,7 +551,7 @@ int Main(int argc, char** argv) {
                       "", ""});
 
   // (b) building a database one device at a time in one process.
-  {
+  if (runs("build")) {
     const int target = quick ? 10000 : 100000;
     const int ourRows = cap > 0 ? std::min(cap, target) : target;
     std::vector<int> checkpoints = {1000, 10000, 100000};
@@ -617,7 +622,7 @@ int Main(int argc, char** argv) {
                                       {10000, 2000, false}, {1000, 5, true}, {10000, 5, true}};
     std::map<std::string, std::map<int, double>> byCommand;
     for (const auto& lib : libraries) {
-      if (quick && lib.devices > 1000) continue;
+      if (!runs("library") || (quick && lib.devices > 1000)) continue;
       const fs::path folder = work / "Device Library";
       std::cerr << "library of " << lib.devices << " devices, " << lib.protocols << " protocols\n";
       MakeLibrary(folder, lib.devices, lib.protocols, lib.mixed);
@@ -641,7 +646,7 @@ int Main(int argc, char** argv) {
 
   // A device file with one very long key line.
   for (int codes : {160000, 2600000}) {
-    if (quick && codes > 160000) continue;
+    if (!runs("line") || (quick && codes > 160000)) continue;
     const fs::path folder = work / "Device Library";
     MakeLongLineLibrary(folder, codes);
     std::cerr << "key line of " << codes << " codes\n";

@@ -1,5 +1,6 @@
 #include "input/device_file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
@@ -66,6 +67,8 @@ std::vector<std::string> SplitKeepingEmpty(const std::string& text, char separat
 
 /// Reads the "/"-separated code items of one code list.
 void ReadCodeList(Program& p, std::string_view list, const DeviceReaderState& s, std::vector<KeyCode>& codes) {
+  // Sized once, so a long list never holds its codes twice while growing.
+  if (!list.empty()) codes.reserve(static_cast<std::size_t>(std::count(list.begin(), list.end(), '/')) + 1);
   while (!list.empty()) codes.push_back(ParseKeyCode(p, GetToken(list, "/"), s.hexadecimal, s.bigEndian,
                                                      s.defaultDeviceCode));
 }
@@ -84,7 +87,6 @@ void ReadKeyLine(Program& p, std::string line, const DeviceReaderState& s) {
   ReadCodeList(p, first, s, key.FirstCodes);
   ReadCodeList(p, codes, s, key.SecondCodes);
   key.HasSecondCodes = !key.SecondCodes.empty();
-  if (!key.HasSecondCodes) key.SecondCodes = key.FirstCodes;
   p.Keys.entries.push_back(std::move(key));
 }
 

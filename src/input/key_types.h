@@ -22,7 +22,7 @@ struct KeyEntry {
   bool HasSecondCodes = false;
   int16_t OptionCount = 0;
   std::vector<KeyCode> FirstCodes{};
-  std::vector<KeyCode> SecondCodes{};
+  std::vector<KeyCode> SecondCodes{};  ///< empty unless HasSecondCodes: the first list then repeats
   std::vector<std::string> Options{};  ///< key-level DEFINES lines, name=value as written
   int Line = 0;              ///< the device file line it was read from (0: not read from a file)
 };
