@@ -167,8 +167,8 @@ std::unique_ptr<Database> Database::Create(const std::string& path, const std::v
   size_t nextMapRow = 2 * specs.size();
   std::vector<Slot> maps;
   for (size_t i = 0; i < 2 * specs.size(); ++i) maps.push_back(Slot{0, BuildInlineMap(mapLength, 0, {}, false)});
-  for (auto& spec : specs)
-    for (auto& ix : spec.indexes) {
+  for (auto& table : specs)
+    for (auto& ix : table.indexes) {
       ix.rootPage = nextRoot++;
       ix.usageMap = RowId{mapPage, uint8_t(nextMapRow++)};
       maps.push_back(Slot{0, BuildInlineMap(mapLength, ix.rootPage, {ix.rootPage}, false)});
