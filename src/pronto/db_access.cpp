@@ -88,16 +88,23 @@ int16_t FindOrAddNamed(Program& p, const std::string& table, const std::string& 
   }
 }
 
+/// The "IR Codes" columns a key's write sets (all but DeviceID and RecordType),
+/// through `set(column, value)`: a recordset's field or a row being built.
+template <class Setter>
+void PutCodeFields(const IRCodeRecord& r, int16_t sequence, Setter set) {
+  set("ButtonID", Value::Long(r.KeyCode2));
+  set("FunctionID", Value::Integer(sequence));
+  set("Label", Value::Text(r.Label));
+  set("FullText", Value::Memo(r.FullText));
+  set("Details", Value::Text(r.FormatText));
+  set("Carrier", Value::Integer(r.CarrierWord));
+  set("OnceCounter", Value::Integer(r.OnceCount));
+  set("RepeatCounter", Value::Integer(r.RepeatCount));
+  set("IRcode", Value::Memo(r.BurstText));
+}
+
 void PutCodeFields(Recordset& rs, const IRCodeRecord& r, int16_t sequence) {
-  rs.SetField("ButtonID", Value::Long(r.KeyCode2));
-  rs.SetField("FunctionID", Value::Integer(sequence));
-  rs.SetField("Label", Value::Text(r.Label));
-  rs.SetField("FullText", Value::Memo(r.FullText));
-  rs.SetField("Details", Value::Text(r.FormatText));
-  rs.SetField("Carrier", Value::Integer(r.CarrierWord));
-  rs.SetField("OnceCounter", Value::Integer(r.OnceCount));
-  rs.SetField("RepeatCounter", Value::Integer(r.RepeatCount));
-  rs.SetField("IRcode", Value::Memo(r.BurstText));
+  PutCodeFields(r, sequence, [&](const char* column, const Value& v) { rs.SetField(column, v); });
 }
 
 }  // namespace
@@ -255,15 +262,7 @@ class RowBuffer {
 };
 
 void PutCodeFields(RowBuffer& row, const IRCodeRecord& r, int16_t sequence) {
-  row.Set("ButtonID", Value::Long(r.KeyCode2));
-  row.Set("FunctionID", Value::Integer(sequence));
-  row.Set("Label", Value::Text(r.Label));
-  row.Set("FullText", Value::Memo(r.FullText));
-  row.Set("Details", Value::Text(r.FormatText));
-  row.Set("Carrier", Value::Integer(r.CarrierWord));
-  row.Set("OnceCounter", Value::Integer(r.OnceCount));
-  row.Set("RepeatCounter", Value::Integer(r.RepeatCount));
-  row.Set("IRcode", Value::Memo(r.BurstText));
+  PutCodeFields(r, sequence, [&](const char* column, const Value& v) { row.Set(column, v); });
 }
 
 }  // namespace
