@@ -1,11 +1,9 @@
 // Builders shared by the ADI and details tests.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "runtime/run_time_error.h"
 #include "shell/program.h"
 
 namespace bw::test {
@@ -22,16 +20,6 @@ inline void SetBurst(Program& p, const std::vector<int32_t>& durations, int once
 inline void SetKeys(Program& p, const std::vector<std::string>& labels) {
   p.Keys.Clear();
   for (const auto& l : labels) p.Keys.entries.emplace_back().Label = l;
-}
-
-/// The number of the run-time error that `f` raises (0 when none).
-inline int ErrorNumber(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const RunTimeError& e) {
-    return e.number();
-  }
-  return 0;
 }
 
 }  // namespace bw::test

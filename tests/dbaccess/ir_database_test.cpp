@@ -1,7 +1,6 @@
 // The IR database on template copies: identifier allocation, the model-only
 // device match, the update path comparing "FunctionID" with KeyCode1, the
 // trapped error text, upper-cased lists, and what mdbtools reads back.
-#include <chrono>
 #include <functional>
 
 #include "dbrun/dbrun_support.h"
@@ -177,18 +176,15 @@ TEST_F(IRDatabase, OpenFailuresAreJetErrors) {
   EXPECT_EQ(JetNumber([&] { OpenIRDatabase(p, plain); }), 3078);
 }
 
-TEST_F(IRDatabase, ThousandsOfCodesTakeSecondsAndMdbToolsCountsThem) {
+// How long this takes is measured by scripts/bench, not here.
+TEST_F(IRDatabase, ThousandsOfCodesOverManyModelsAndMakersAreAllThereForMdbTools) {
   auto file = Fresh();
   OpenIRDatabase(p, file);
-  auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < 3000; ++i) {
     IRCodeRecord r = Code(0, i, "Key " + std::to_string(i));
     r.BurstText = std::string(300, char('0' + i % 10)) + " ";
     AddIRCode(p, r, "Model " + std::to_string(i / 50), "TV", "Maker " + std::to_string(i / 500));
   }
-  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  std::printf("3000 AddIRCode calls: %.2f s\n", seconds);
-  EXPECT_LT(seconds, 60.0);
   CloseIRDatabase(p);
   EXPECT_EQ(Shell("mdb-export -H '" + file + "' 'IR Codes' | wc -l"), "3000\n");
   EXPECT_EQ(Shell("mdb-export -H '" + file + "' Devices | tail -1"), "1059,1,0,6,\"Model 59\",300\n");

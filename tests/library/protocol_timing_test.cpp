@@ -292,11 +292,7 @@ TEST(LibraryTiming, Rc5SlinkeFileListsHalfBitsThatJoinIntoThePublishedMessage) {
   EXPECT_TRUE(run.t.host.messages.empty()) << run.t.host.LastMessage();
   std::string file = ReadFileBytes(dir.path() / "Slinke Library" / "PHILIPS-17PT1563.cde");
   for (const Code& c : std::vector<Code>{{"POWER", 12}, {"VOL DOWN", 17}, {"MENU", 82}}) {
-    std::vector<int32_t> halves = SlinkEntry(file, c.label), joined;
-    for (int32_t d : halves) {  // neighbours of one sign: the carrier simply stays on or off
-      if (!joined.empty() && (joined.back() > 0) == (d > 0)) joined.back() += d;
-      else joined.push_back(d);
-    }
+    const std::vector<int32_t> halves = SlinkEntry(file, c.label), joined = Joined<int32_t>(halves);
     EXPECT_LT(joined.size(), halves.size()) << c.label << ": the halves are listed unjoined";
     ExpectRc5Message(joined, c.a, 0, c.label + " in the Slink-e file");
   }

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "jet/database.h"
@@ -33,81 +33,32 @@ struct Expected {
   std::map<std::string, Durations> keys;
 };
 
-/// Reads the expected-durations files: a JSON array of {"file", "remote",
-/// "keys": {name: [durations]}}. Just enough JSON for that shape.
-class ExpectedReader {
- public:
-  explicit ExpectedReader(std::string text) : t_(std::move(text)) {}
-  std::vector<Expected> Read() {
-    std::vector<Expected> out;
-    Expect('[');
-    while (Peek() != ']') {
-      out.emplace_back();
-      Expect('{');
-      while (Peek() != '}') {
-        std::string field = String();
-        Expect(':');
-        if (field == "keys") {
-          Expect('{');
-          while (Peek() != '}') {
-            std::string key = String();
-            Expect(':');
-            Durations& d = out.back().keys[key];
-            Expect('[');
-            while (Peek() != ']') {
-              d.push_back(Number());
-              Skip(',');
-            }
-            Expect(']');
-            Skip(',');
-          }
-          Expect('}');
-        } else {
-          (field == "file" ? out.back().file : out.back().remote) = String();
-        }
-        Skip(',');
-      }
-      Expect('}');
-      Skip(',');
+/// Reads an expected-durations file: a JSON array of {"file", "remote", "keys":
+/// {name: [durations]}}. A name followed by ":" and "[" starts a key, "file" and
+/// "remote" take the string after them; no key of these files has either name.
+std::vector<Expected> ReadExpected(const fs::path& path) {
+  const std::string text = ReadFileBytes(path);
+  const std::regex token(R"re("((?:[^"\\]|\\.)*)"(\s*:\s*\[?)?|-?\d+)re");
+  std::vector<Expected> out;
+  std::string* field = nullptr;
+  Durations* key = nullptr;
+  for (std::sregex_iterator m(text.begin(), text.end(), token), end; m != end; ++m) {
+    const std::string name = (*m)[1];
+    if (!(*m)[1].matched) {
+      if (!key) throw std::runtime_error("a number outside a key at " + std::to_string(m->position()));
+      key->push_back(std::stoll(m->str()));
+    } else if (field) {
+      *field = name, field = nullptr;
+    } else if (name == "file") {
+      field = &out.emplace_back().file, key = nullptr;
+    } else if (name == "remote" && !out.empty()) {
+      field = &out.back().remote;
+    } else if ((*m)[2].str().ends_with('[') && !out.empty()) {
+      key = &out.back().keys[name];
     }
-    return out;
   }
-
- private:
-  char Peek() {
-    while (i_ < t_.size() && std::isspace(static_cast<unsigned char>(t_[i_]))) ++i_;
-    if (i_ >= t_.size()) throw std::runtime_error("the expected durations end early");
-    return t_[i_];
-  }
-  void Expect(char c) {
-    if (Peek() != c) throw std::runtime_error(std::string("expected ") + c + " at " + std::to_string(i_));
-    ++i_;
-  }
-  void Skip(char c) {
-    if (Peek() == c) ++i_;
-  }
-  std::string String() {
-    Expect('"');
-    std::string s;
-    while (t_[i_] != '"') {
-      if (t_[i_] == '\\') ++i_;
-      s += t_[i_++];
-    }
-    ++i_;
-    return s;
-  }
-  int64_t Number() {
-    Peek();
-    std::size_t used = 0;
-    int64_t v = std::stoll(t_.substr(i_, 24), &used);
-    i_ += used;
-    return v;
-  }
-  std::string t_;
-  std::size_t i_ = 0;
-};
-
-std::vector<Expected> ReadExpected(const fs::path& path) { return ExpectedReader(ReadFileBytes(path)).Read(); }
+  return out;
+}
 
 /// Durations of a stored Pronto code: carrier-cycle counts times the period of
 /// the standard frequency word for `frequency` (what any Pronto reader does).

@@ -11,16 +11,6 @@
 
 namespace bw::test::lirc {
 
-Durations Joined(const std::vector<int32_t>& durations) {
-  Durations out;
-  for (int64_t d : durations) {
-    if (d == 0) continue;
-    if (!out.empty() && (out.back() > 0) == (d > 0)) out.back() += d;
-    else out.push_back(d);
-  }
-  return out;
-}
-
 const std::vector<bw::lirc::ImportResult>& ImportedLibrary::Import(const std::string& text, const std::string& name,
                                                                    const bw::lirc::ImportOptions& options) {
   std::filesystem::create_directories(Library());

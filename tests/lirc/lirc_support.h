@@ -16,9 +16,6 @@ namespace bw::test::lirc {
 
 using Durations = std::vector<int64_t>;
 
-/// Neighbours of the same sign added together, zero lengths dropped.
-Durations Joined(const std::vector<int32_t>& durations);
-
 /// A scratch Device Library that remotes are imported into.
 struct ImportedLibrary {
   TempDir dir;

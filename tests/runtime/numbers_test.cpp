@@ -2,29 +2,23 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 
 #include "runtime/numbers.h"
-#include "runtime/run_time_error.h"
+#include "support/scripted_host.h"
 
 namespace bw {
 namespace {
 
-int ErrorNumberOf(const std::function<void()>& action) try {
-  action();
-  return 0;
-} catch (const RunTimeError& e) {
-  return e.number();
-}
+using test::ErrorNumber;
 
 TEST(Conversions, HalvesGoToTheEvenNeighbourAndBeyondTheRangeIsOverflow) {
   EXPECT_EQ((std::vector<int>{CInt(2.5), CInt(3.5), CInt(-2.5), CInt(2.5000001), CLng(0.5), CLng(1.5), CInt(-32768),
                               CInt(32767.4), CLng(-2147483648.0)}),
             (std::vector<int>{2, 4, -2, 3, 0, 2, -32768, 32767, INT32_MIN}));
   EXPECT_EQ(RoundHalfEven(4.5), 4.0);
-  EXPECT_EQ(ErrorNumberOf([] { CInt(32767.5); }), 6);  // rounds to the even 32768
-  EXPECT_EQ(ErrorNumberOf([] { CLng(2147483648.0); }), 6);
-  EXPECT_EQ(ErrorNumberOf([] { CLng(NAN); }), 6);
+  EXPECT_EQ(ErrorNumber([] { CInt(32767.5); }), 6);  // rounds to the even 32768
+  EXPECT_EQ(ErrorNumber([] { CLng(2147483648.0); }), 6);
+  EXPECT_EQ(ErrorNumber([] { CLng(NAN); }), 6);
 }
 
 TEST(CheckedArithmetic, StopsAtTheRangeInsteadOfWrapping) {
@@ -34,7 +28,7 @@ TEST(CheckedArithmetic, StopsAtTheRangeInsteadOfWrapping) {
   for (const auto& overflow : std::vector<std::function<void()>>{
            [] { Add16(32767, 1); }, [] { Sub16(-32768, 1); }, [] { Mul16(200, 200); }, [] { Add32(2147483647, 1); },
            [] { Sub32(INT32_MIN, 1); }, [] { Mul32(65536, 32768); }, [] { Mul32(INT64_MAX, 2); }})
-    EXPECT_EQ(ErrorNumberOf(overflow), 6);
+    EXPECT_EQ(ErrorNumber(overflow), 6);
 }
 
 TEST(Val, TakesTheLongestLeadingNumberElseZeroWithHexAndOctalPrefixes) {
@@ -55,7 +49,7 @@ TEST(IsNumeric, SignDigitsOnePointExponentOrRadixPrefix) {
                          "&HG", "&O8", "[9000 -4500]", "^108000"})
     EXPECT_FALSE(IsNumeric(no)) << no;
   EXPECT_EQ((std::vector<double>{NumericValue(" 12.5 "), NumericValue("-3E2")}), (std::vector<double>{12.5, -300}));
-  EXPECT_EQ(ErrorNumberOf([] { NumericValue("12x"); }), 13);
+  EXPECT_EQ(ErrorNumber([] { NumericValue("12x"); }), 13);
 }
 
 TEST(Format, PatternsPadRoundAndPlaceTheSign) {

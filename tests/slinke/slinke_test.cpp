@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "details/details.h"
-#include "runtime/run_time_error.h"
 #include "shell/commands.h"
 #include "slinke/slinke.h"
 #include "support/scripted_host.h"
@@ -55,15 +54,7 @@ struct SlinkeRun : ::testing::Test {
   void AddDefine(const std::string& name, const std::string& text, int16_t kind, double value = 0) {
     p.Defines.entries.push_back(DefineEntry{name, text, value, kind});
   }
-  /// The run-time error number that `action` ends with (0 when it ends normally).
-  template <typename Action>
-  static int ErrorNumberOf(Action action) try {
-    action();
-    return 0;
-  } catch (const RunTimeError& e) {
-    return e.number();
-  }
-  int Process() { return ErrorNumberOf([this] { cmdSlinkXqt_Click(p); }); }
+  int Process() { return ErrorNumber([this] { cmdSlinkXqt_Click(p); }); }
 };
 
 TEST_F(SlinkeRun, FrameIsFilledFromTheProtocolAndOnlyTheStopIsExpanded) {
@@ -95,7 +86,7 @@ TEST_F(SlinkeRun, TimingTokensAreScaledKeptOrReplacedAndTheStopGapPadsTheFrame) 
   AddDefine("LOOP", "1 LOOP", define_kind::kExpression);
   EXPECT_EQ(ExpandTimingText(p, "^900 X -3 600 560 0.5"), "^900 1120 ^5 -1680 600 560 280");
   EXPECT_EQ(ExpandTimingText(p, "1 NOPE 2"), "560  1120");  // an unknown name is an empty list
-  EXPECT_EQ(ErrorNumberOf([&] { ExpandTimingText(p, "LOOP"); }), 28);  // out of stack space, no crash
+  EXPECT_EQ(ErrorNumber([&] { ExpandTimingText(p, "LOOP"); }), 28);  // out of stack space, no crash
   p.F.TxtStart.text = "90 45", p.F.txtStop.text = "^900";
   AdjustSlinkStop(p, 540);  // 900 - (540 + 90 + 45)
   EXPECT_EQ(p.F.txtStop.text, "-225");
@@ -134,7 +125,7 @@ TEST_F(SlinkeBits, FieldTextFollowsTheOrderIsNotMaskedAndFormItemsTakeCodesLiter
   EXPECT_EQ(ValueToBits(p, 1, 1, bitTime, "MSB"), "1");
   EXPECT_EQ(bitTime, 6);
   p.F.TxtZero.text = "20000 -20000";  // a 16-bit sum
-  EXPECT_EQ(ErrorNumberOf([&] { ValueToBits(p, 1, 1, bitTime, "MSB"); }), 6);
+  EXPECT_EQ(ErrorNumber([&] { ValueToBits(p, 1, 1, bitTime, "MSB"); }), 6);
   p.F.TxtOne.text = "1 -2", p.F.TxtZero.text = "1 -1", bitTime = 0;
   // form items: D = 3 "11", F = 10 "0101", E = F + 1 = 11 "1101", 5:3 "101", -F:4 = 15 - 10 "1010".
   EXPECT_EQ(EncodeFormBits(p, "D:2,F:4,E:4,5:3,-F:4", bitTime, trailing), "1101011101101" "1010");

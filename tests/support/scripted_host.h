@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "runtime/run_time_error.h"
 #include "shell/host.h"
 #include "shell/program.h"
 
@@ -86,5 +87,25 @@ class TempDir {
 
 /// Whole file as bytes.
 std::string ReadFileBytes(const std::filesystem::path& path);
+
+/// The number of the run-time error that `f` raises (0 when none).
+inline int ErrorNumber(const std::function<void()>& f) {
+  try {
+    f();
+  } catch (const RunTimeError& e) {
+    return e.number();
+  }
+  return 0;
+}
+
+/// Durations as a transmitter sends them: neighbours of one sign added, zero lengths dropped.
+template <class Out = int64_t, class In>
+std::vector<Out> Joined(const std::vector<In>& durations) {
+  std::vector<Out> out;
+  for (Out d : durations)
+    if (d != 0 && !out.empty() && (out.back() > 0) == (d > 0)) out.back() += d;
+    else if (d != 0) out.push_back(d);
+  return out;
+}
 
 }  // namespace bw::test
