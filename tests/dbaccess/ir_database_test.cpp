@@ -18,14 +18,6 @@ IRCodeRecord Code(int32_t key1, int32_t key2, const std::string& label) {
 }
 
 struct IRDatabase : DatabaseTest {
-  /// A "Devices" row written directly, as the program itself never would for a known model.
-  void AddDeviceRow(int32_t id, const std::string& model) {
-    auto rs = p.Database->OpenRecordset("Devices");
-    rs->AddNew();
-    rs->SetField("DeviceID", jet::Value::Long(id));
-    rs->SetField("Model", jet::Value::Text(model));
-    rs->Update();
-  }
   void Add(int32_t key1, int32_t key2, const std::string& label, const std::string& model,
            const std::string& maker = "Acme") {
     IRCodeRecord r = Code(key1, key2, label);

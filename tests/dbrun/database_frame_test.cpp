@@ -157,11 +157,7 @@ TEST_F(Deletes, ADeviceTypeTakesItsDevicesAndTheirCodesButLeavesTheManufacturers
 }
 
 TEST_F(Deletes, AModelGoesWithoutAQuestionWithAllItsRowsButOnlyTheLastRowsCodes) {
-  auto rs = p.Database->OpenRecordset("Devices");  // a second row of the model: codes now go to it
-  rs->AddNew();
-  rs->SetField("DeviceID", jet::Value::Long(1005));
-  rs->SetField("Model", jet::Value::Text("Tv100"));
-  rs->Update();
+  AddDeviceRow(1005, "Tv100");  // a second row of the model: codes now go to it
   Store("Acme", "TV", "TV100", 14, "Input");
   p.F.DvcModelList.text = "tv100";
   DBdvcDel_Click(p);

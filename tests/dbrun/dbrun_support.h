@@ -72,6 +72,14 @@ struct DatabaseTest : ::testing::Test {
     t.host.openAnswers.push_back(path);
     LoadDB_Click(p);
   }
+  /// A "Devices" row written directly, as the program itself never would for a known model.
+  void AddDeviceRow(int32_t id, const std::string& model) {
+    auto rs = p.Database->OpenRecordset("Devices");
+    rs->AddNew();
+    rs->SetField("DeviceID", jet::Value::Long(id));
+    rs->SetField("Model", jet::Value::Text(model));
+    rs->Update();
+  }
   /// The named columns of every row of `table`, in table order, as text.
   Rows Read(const std::string& table, const std::vector<std::string>& columns) {
     Rows out;

@@ -40,11 +40,6 @@ Value Money(int64_t tenThousandths) {
   return v;
 }
 
-std::string ReadAll(const std::string& file) {
-  std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 }  // namespace
 
 TEST(IndexKeys, NumbersDatesAndYesNoAsWrittenByAnotherJetWriter) {
@@ -256,10 +251,10 @@ TEST_F(IndexedTable, RefusedAndFailingWritesLeaveTheFileAsItWas) {
        "3027 Cannot update.  Database or object is read-only. (table 'T', index 'name': the text '\xE3\x81\x82' "
        "holds a character whose sort weight is not known here)"},
   };
-  std::string before = ReadAll(file);
+  std::string before = bw::test::ReadFileBytes(file);
   for (const auto& c : cases) {
     EXPECT_EQ(JetError(c.write), c.error);
-    EXPECT_EQ(ReadAll(file), before) << c.error;
+    EXPECT_EQ(bw::test::ReadFileBytes(file), before) << c.error;
   }
   // A disk that fails at the n-th page write of an insert that splits pages,
   // an update that moves its row, and a delete.
@@ -271,14 +266,14 @@ TEST_F(IndexedTable, RefusedAndFailingWritesLeaveTheFileAsItWas) {
   for (auto& write : writes) {
     int failures = 0;
     for (int n = 0;; ++n) {
-      before = ReadAll(file);
+      before = bw::test::ReadFileBytes(file);
       PageFile::FailWriteAfter(n);
       std::string error = JetError(write);
       PageFile::FailWriteAfter(-1);
       if (error.empty()) break;
       ++failures;
       EXPECT_EQ(error, "3043 Disk or network error. (" + file + ")");
-      ASSERT_EQ(ReadAll(file), before) << "failure at write " << n;
+      ASSERT_EQ(bw::test::ReadFileBytes(file), before) << "failure at write " << n;
     }
     EXPECT_GE(failures, 3);
     EXPECT_EQ(Findings(), std::vector<std::string>{});
