@@ -39,12 +39,8 @@ bool SameRecords(const LirTable& a, const LirTable& b) {
          std::memcmp(&a.records[1], &b.records[1], sizeof(LirRecord) * a.UpperBound()) == 0;
 }
 
-struct Adi : ::testing::Test {
-  test::TestProgram t;
-  Program& p = t.p;
-  test::TempDir dir;
+struct Adi : test::LibraryTest {
   void SetUp() override {
-    p.ProgramFolder = dir.path();
     ShowADIOptions(p);
     cmdAdiNew_Click(p);
     p.Protocol.Frequency = 38000;
@@ -289,14 +285,13 @@ TEST_F(Adi, SaveAsksForANewNameInTheLibraryAndOnlyYesOverwrites) {
 // Time base 560: ONE is 560/-1680, ZERO 560/-560; the lead-in 9000/-4500 is
 // kept in microseconds; frames pad to 108 ms.
 TEST_F(Adi, RunOverADeviceWritesAFileThatReadsBackRecordForRecord) {
-  dir.Write("Device Library/testnec.irp",
-            "PROTOCOL = TestNEC\r\nFREQUENCY = 38000\r\nTIMEBASE = 560\r\nONE = 1,-3\r\nZERO = 1,-1\r\n"
-            "DEFINE LEAD = [9000 -4500]\r\nDEFINE STOP = [1]\r\nDEFINE GAP = ^108000\r\n"
-            "FORM = LEAD,D:8,F:8,STOP,GAP\r\n");
-  dir.Write("Device Library/Acme TV.dvc",
-            "MANUFACTURER = Acme\r\nDEVICE = TV\r\nMODEL = TV 100\r\nPROTOCOL = TestNEC\r\nDEVICECODE = 4\r\n"
-            "[KEYCODES]\r\nPower = 12\r\nVol Up = 16\r\nMute = 13\r\n");
-  p.DeviceLibraryPath = (dir.path() / "Device Library").string();
+  WriteLibrary("testnec.irp",
+               "PROTOCOL = TestNEC\r\nFREQUENCY = 38000\r\nTIMEBASE = 560\r\nONE = 1,-3\r\nZERO = 1,-1\r\n"
+               "DEFINE LEAD = [9000 -4500]\r\nDEFINE STOP = [1]\r\nDEFINE GAP = ^108000\r\n"
+               "FORM = LEAD,D:8,F:8,STOP,GAP\r\n");
+  WriteLibrary("Acme TV.dvc",
+               "MANUFACTURER = Acme\r\nDEVICE = TV\r\nMODEL = TV 100\r\nPROTOCOL = TestNEC\r\nDEVICECODE = 4\r\n"
+               "[KEYCODES]\r\nPower = 12\r\nVol Up = 16\r\nMute = 13\r\n");
   LoadDeviceFile(p, "Acme TV");
   p.F.Lex.AddItem("ACME TV");
   p.F.Lex.listIndex = 0;

@@ -14,20 +14,17 @@ namespace {
 using V = std::vector<int32_t>;
 using Strings = std::vector<std::string>;
 
-struct DeviceFiles : ::testing::Test {
-  test::TestProgram t;
-  Program& p = t.p;
-  test::TempDir dir;
+struct DeviceFiles : test::LibraryTest {
   DeviceFiles() {
     // TestNEC: repeat 2, time base 560, ONE 560/-1680, ZERO 560/-560; X is a form symbol devices may set.
-    dir.Write("Device Library/testnec.irp", "PROTOCOL = TestNEC\r\nREPEAT = 2\r\nTIMEBASE = 560\r\nONE = 1,-3\r\n"
-                                            "ZERO = 1,-1\r\nFORM = D:8,F:8,X:4\r\n");
-    dir.Write("Device Library/plain.irp", "PROTOCOL = Plain\r\nFORM = D:8,F:8\r\n");  // no repeat count
-    p.DeviceLibraryPath = (dir.path() / "Device Library").string();
+    WriteLibrary("testnec.irp",
+                 "PROTOCOL = TestNEC\r\nREPEAT = 2\r\nTIMEBASE = 560\r\nONE = 1,-3\r\n"
+                 "ZERO = 1,-1\r\nFORM = D:8,F:8,X:4\r\n");
+    WriteLibrary("plain.irp", "PROTOCOL = Plain\r\nFORM = D:8,F:8\r\n");  // no repeat count
   }
   /// Writes "<name>.dvc" and loads it under the upper-cased name the device list shows.
   void Load(const std::string& name, const std::string& text) {
-    dir.Write("Device Library/" + name + ".dvc", text);
+    WriteLibrary(name + ".dvc", text);
     LoadDeviceFile(p, UCase(name));
   }
   /// A device on TestNEC with the given header lines and key lines.

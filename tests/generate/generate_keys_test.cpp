@@ -30,25 +30,23 @@ Durations operator+(Durations a, const Durations& b) {
   return a;
 }
 
-struct GenerateKeysTest : ::testing::Test {
-  test::TestProgram t;
-  Program& p = t.p;
-  test::TempDir library;
+struct GenerateKeysTest : test::LibraryTest {
   std::vector<IRCodeRecord> stored;
 
   void SetUp() override {
     // ACME32: time base 560, ONE 560/-1680, ZERO 560/-560, LSB first; once part
     // LEAD 8960/-4480, D:8, F:8, a 560 trailer (35 durations); repeat LEAD, F:4.
-    library.Write("Acme32.irp", "PROTOCOL = ACME32\r\nFREQUENCY = 38000\r\nTIMEBASE = 560\r\nONE = 1,-3\r\n"
-                  "ZERO = 1,-1\r\nDEFINE LEAD = [16 -8]\r\nDEFINE TAIL = [1]\r\nFORM = LEAD,D:8,F:8,TAIL;LEAD,F:4\r\n");
+    WriteLibrary("Acme32.irp",
+                 "PROTOCOL = ACME32\r\nFREQUENCY = 38000\r\nTIMEBASE = 560\r\nONE = 1,-3\r\n"
+                 "ZERO = 1,-1\r\nDEFINE LEAD = [16 -8]\r\nDEFINE TAIL = [1]\r\nFORM = LEAD,D:8,F:8,TAIL;LEAD,F:4\r\n");
     // OTHER: time base 100, ONE 500/-1500, ZERO 500/-500, form F:4.
-    library.Write("Other.irp", "PROTOCOL = OTHER\r\nFREQUENCY = 40000\r\nTIMEBASE = 100\r\nONE = 5,-15\r\n"
-                  "ZERO = 5,-5\r\nFORM = F:4\r\n");
-    p.DeviceLibraryPath = library.path().string();
+    WriteLibrary("Other.irp",
+                 "PROTOCOL = OTHER\r\nFREQUENCY = 40000\r\nTIMEBASE = 100\r\nONE = 5,-15\r\n"
+                 "ZERO = 5,-5\r\nFORM = F:4\r\n");
     p.IRCodeSink = [this](Program& q) { stored.push_back(q.IRCode); };
   }
   void Load(const std::string& protocolAndKeys) {
-    library.Write("Dev.dvc", "MANUFACTURER = Acme\r\nDEVICE = Tv\r\nMODEL = Tv100\r\n" + protocolAndKeys);
+    WriteLibrary("Dev.dvc", "MANUFACTURER = Acme\r\nDEVICE = Tv\r\nMODEL = Tv100\r\n" + protocolAndKeys);
     LoadDeviceFile(p, "DEV");
     p.F.DvcMfglist.text = p.F.MFG.text;  // as GenerateKeys copies it
   }

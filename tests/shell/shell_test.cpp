@@ -16,13 +16,8 @@ namespace {
 namespace fs = std::filesystem;
 using Strings = std::vector<std::string>;
 
-struct Startup : ::testing::Test {
-  test::TestProgram t;
-  Program& p = t.p;
-  test::TempDir dir;
+struct Startup : test::LibraryTest {
   fs::path Library() const { return dir.path() / "Device Library"; }
-  void WriteLibrary(const std::string& file, const std::string& text) { dir.Write("Device Library/" + file, text); }
-  Startup() { p.ProgramFolder = dir.path(); }
 };
 
 TEST_F(Startup, NearestLibraryAtOrAboveTheProgramFolderIsUsed) {

@@ -15,31 +15,27 @@ using Strings = std::vector<std::string>;
 /// A library under a temporary program folder. ACME: time base 100, ONE = 500/-1500, ZERO = 500/-500,
 /// lead-in 9000/-4500, GAP pads a frame to 40000, LSB first. OTHER: MSB first, ONE = 300/-900, ZERO =
 /// 300/-300. On AcmeTv MUTE has a second code list, AUX speaks OTHER, GHOST a protocol the library lacks.
-struct SlinkeRun : ::testing::Test {
-  TempDir dir;
+struct SlinkeRun : LibraryTest {
   const std::filesystem::path out = dir.path() / "Slinke Library";
-  TestProgram t;
-  Program& p = t.p;
   ScriptedHost& host = t.host;
   SlinkeRun() {
-    Write("Acme.irp", "PROTOCOL = ACME\r\nFREQUENCY = 40000\r\nTIMEBASE = 100\r\nREPEAT = 1\r\nONE = 5,-15\r\n"
-                      "ZERO = 5,-5\r\nDEFINE GAP = ^40000\r\nFORM = [90 -45],D:2,F:3,GAP:0\r\n");
-    Write("Other.irp",
-          "PROTOCOL = OTHER\r\nTIMEBASE = 100\r\nBITORDER = MSB\r\nONE = 3,-9\r\nZERO = 3,-3\r\nFORM = F:4\r\n");
-    Write("AcmeTv.dvc", "MANUFACTURER = Acme\r\nMODEL = Tv1\r\nPROTOCOL = ACME\r\nDEVICECODE = 2\r\n[KEYCODES]\r\n"
-                        "POWER = 5\r\nMUTE = 6 ; 7\r\nVOL = 7\r\nAUX = (OTHER):1,2\r\nGHOST = (NOPE):1,3\r\n");
-    p.ProgramFolder = dir.path();
-    p.DeviceLibraryPath = (dir.path() / "Device Library").string();
+    WriteLibrary("Acme.irp",
+                 "PROTOCOL = ACME\r\nFREQUENCY = 40000\r\nTIMEBASE = 100\r\nREPEAT = 1\r\nONE = 5,-15\r\n"
+                 "ZERO = 5,-5\r\nDEFINE GAP = ^40000\r\nFORM = [90 -45],D:2,F:3,GAP:0\r\n");
+    WriteLibrary("Other.irp",
+                 "PROTOCOL = OTHER\r\nTIMEBASE = 100\r\nBITORDER = MSB\r\nONE = 3,-9\r\nZERO = 3,-3\r\nFORM = F:4\r\n");
+    WriteLibrary("AcmeTv.dvc",
+                 "MANUFACTURER = Acme\r\nMODEL = Tv1\r\nPROTOCOL = ACME\r\nDEVICECODE = 2\r\n[KEYCODES]\r\n"
+                 "POWER = 5\r\nMUTE = 6 ; 7\r\nVOL = 7\r\nAUX = (OTHER):1,2\r\nGHOST = (NOPE):1,3\r\n");
   }
-  void Write(const std::string& name, const std::string& text) const { dir.Write("Device Library/" + name, text); }
   /// A protocol of time base 100 (ONE = 500/-1500, ZERO = 500/-500) with the lines given.
   void Protocol(const std::string& name, const std::string& lines) const {
-    Write(name + ".irp", "PROTOCOL = " + name + "\r\nTIMEBASE = 100\r\nONE = 5,-15\r\nZERO = 5,-5\r\n" + lines);
+    WriteLibrary(name + ".irp", "PROTOCOL = " + name + "\r\nTIMEBASE = 100\r\nONE = 5,-15\r\nZERO = 5,-5\r\n" + lines);
   }
   /// A device "M"/`model` on `protocol` with the key lines given, loaded, with a variant selected.
   void Device(const std::string& model, const std::string& protocol, const std::string& keys, bool txRx) {
-    Write(model + ".dvc",
-          "MANUFACTURER = M\r\nMODEL = " + model + "\r\nPROTOCOL = " + protocol + "\r\n[KEYCODES]\r\n" + keys);
+    WriteLibrary(model + ".dvc",
+                 "MANUFACTURER = M\r\nMODEL = " + model + "\r\nPROTOCOL = " + protocol + "\r\n[KEYCODES]\r\n" + keys);
     Load(model, txRx);
   }
   void Load(const std::string& device, bool txRx) {

@@ -3,6 +3,8 @@
 // details dialog, the ADI per-key wait) can be driven without a window system.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -83,6 +85,21 @@ class TempDir {
 
  private:
   std::filesystem::path path_;
+};
+
+/// A program whose folder is a temporary one, with a "Device Library" there that the test writes.
+struct LibraryTest : ::testing::Test {
+  TestProgram t;
+  Program& p = t.p;
+  TempDir dir;
+  LibraryTest() {
+    p.ProgramFolder = dir.path();
+    p.DeviceLibraryPath = (dir.path() / "Device Library").string();
+  }
+  /// Writes `file` of the library.
+  std::filesystem::path WriteLibrary(const std::string& file, const std::string& text) const {
+    return dir.Write("Device Library/" + file, text);
+  }
 };
 
 /// Whole file as bytes.
