@@ -9,7 +9,7 @@
 namespace bw::dbrun {
 namespace {
 
-using jettest::JetNumber;
+using jettest::ErrorNumber;
 using jettest::Shell;
 
 /// A code as the Pronto writer hands it on.
@@ -152,20 +152,20 @@ TEST_F(IRDatabase, BothTwinsTrapErrorsUnderTheDeviceTypeName) {
   EXPECT_EQ(GetManufacturerID(p, "Acme"), 0);
   EXPECT_EQ(t.host.messages, (std::vector<std::string>{missing("Device Types"), missing("Manufacturers")}));
   EXPECT_EQ(t.host.styles.back(), MsgBoxStyle::OKOnly);
-  EXPECT_EQ(JetNumber([&] { FillDatabaseLists(p); }), 3078) << "no trap elsewhere: the engine error reaches the caller";
+  EXPECT_EQ(ErrorNumber([&] { FillDatabaseLists(p); }), 3078) << "no trap elsewhere: the engine error reaches the caller";
 }
 
 TEST_F(IRDatabase, OpenFailuresAreJetErrors) {
-  EXPECT_EQ(JetNumber([&] { OpenIRDatabase(p, (dir.path() / "missing.mdb").string()); }), 3024);
+  EXPECT_EQ(ErrorNumber([&] { OpenIRDatabase(p, (dir.path() / "missing.mdb").string()); }), 3024);
   auto file = Fresh();
   test::TestProgram holder;
   OpenIRDatabase(holder.p, file);
-  EXPECT_EQ(JetNumber([&] { OpenIRDatabase(p, file); }), 3045);
+  EXPECT_EQ(ErrorNumber([&] { OpenIRDatabase(p, file); }), 3045);
   EXPECT_FALSE(p.DatabaseOpen);
   // A database without a password opens with it; the missing table then fails.
   auto plain = (dir.path() / "nopwd.mdb").string();
   jet::Database::Create(plain, {{"Manufacturers", {{"name", jet::ColumnType::kText, 255}}}})->Close();
-  EXPECT_EQ(JetNumber([&] { OpenIRDatabase(p, plain); }), 3078);
+  EXPECT_EQ(ErrorNumber([&] { OpenIRDatabase(p, plain); }), 3078);
 }
 
 // How long this takes is measured by scripts/bench, not here.

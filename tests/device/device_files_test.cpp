@@ -110,9 +110,8 @@ TEST_F(DeviceFiles, SwitchSettingsMapThroughTheirOwnTablesAndMayVaryOneAtATime) 
   EXPECT_EQ(state(), (V{1, 2, 12, 0, 2, 12, 0}));
   LoadKeys("DEVICECODE = 1/2\r\n", "A = 1\r\n");
   EXPECT_EQ(state()[0] + state()[4], 0) << "a new device does not inherit the sweep";
-  int error = 0;  // a letter beside a varying switch is not a decimal number
-  try { LoadKeys("DEVICECODE = */A\r\n", "A = 1\r\n"); } catch (const RunTimeError& e) { error = e.number(); }
-  EXPECT_EQ(error, 13);
+  // a letter beside a varying switch is not a decimal number
+  EXPECT_EQ(test::ErrorNumber([&] { LoadKeys("DEVICECODE = */A\r\n", "A = 1\r\n"); }), 13);
   p.F.Lex.AddItem("DEV");
   p.F.Lex.listIndex = 0;
   p.F.format.AddItem("TESTNEC");

@@ -25,9 +25,7 @@ TEST(ErrorSource, NamesTheInnermostFileAndLineAndIsEmptyAfterACleanLoad) {
     t.p.DeviceLibraryPath = (dir.path() / "Device Library").string();
     dir.Write("Device Library/p.irp", c.protocol);
     dir.Write("Device Library/dev.dvc", c.device);
-    int number = 0;
-    try { LoadDeviceFile(t.p, "DEV"); } catch (const RunTimeError& e) { number = e.number(); }
-    EXPECT_EQ(number, err::kOverflow) << c.file;
+    EXPECT_EQ(test::ErrorNumber([&] { LoadDeviceFile(t.p, "DEV"); }), err::kOverflow) << c.file;
     EXPECT_EQ(t.p.ErrorSource.file, (dir.path() / "Device Library" / c.file).string());
     EXPECT_EQ(t.p.ErrorSource.line, c.line) << c.file;
     EXPECT_TRUE(t.p.Source.file.empty()) << "the reader's own source is gone with it";

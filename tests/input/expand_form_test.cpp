@@ -34,11 +34,8 @@ struct FormTest : ::testing::Test {
     return v;
   }
   void Define(const std::string& line) { DefineSymbol(t.p, line, true); }
-  int ErrorNumberOf(const std::string& form, int repeats = 1) try {
-    Expand(form, repeats);
-    return 0;
-  } catch (const RunTimeError& e) {
-    return e.number();
+  int ErrorNumberOf(const std::string& form, int repeats = 1) {
+    return test::ErrorNumber([&] { Expand(form, repeats); });
   }
 };
 

@@ -18,13 +18,6 @@ Strings Tokens(std::string text, const std::string& separator = " ") {
   return tokens;
 }
 
-std::string ErrorOf(void (*action)()) try {
-  action();
-  return "none";
-} catch (const RunTimeError& e) {
-  return std::to_string(e.number()) + " " + e.description();
-}
-
 TEST(GetToken, SeparatorsQuotesEmptyFieldsAndCase) {
   std::string text = "MANUFACTURER = Sony";
   EXPECT_EQ(GetToken(text, "="), "MANUFACTURER");
@@ -47,7 +40,7 @@ TEST(CountFields, OnePlusTheSeparatorCountCaseSensitive) {
   EXPECT_EQ(CountFields("a,b,,c", ','), 4);
   EXPECT_EQ(CountFields("xXx", 'x'), 3);
   EXPECT_EQ(CountFields(std::string(32766, ','), ','), 32767);
-  EXPECT_EQ(ErrorOf([] { CountFields(std::string(32767, ','), ','); }), "6 Overflow");
+  EXPECT_EQ(test::ErrorText([] { CountFields(std::string(32767, ','), ','); }), "6 Overflow");
 }
 
 TEST(CleanNames, FileNamesLoseOnlyTheNarrowSetAndBlanksGoButNotTabs) {
@@ -83,8 +76,8 @@ TEST(ParseNumber, HexPrefixFlagDecimalReadingAndHalfEven) {
       {"-2.5", false, -2}, {"2147483647", false, 2147483647},
   };
   for (const auto& [text, hex, value] : rows) EXPECT_EQ(ParseNumber(text, hex), value) << text << " " << hex;
-  EXPECT_EQ(ErrorOf([] { ParseNumber("2147483648"); }), "6 Overflow");
-  EXPECT_EQ(ErrorOf([] { ParseNumber("0x80000000"); }), "6 Overflow");
+  EXPECT_EQ(test::ErrorText([] { ParseNumber("2147483648"); }), "6 Overflow");
+  EXPECT_EQ(test::ErrorText([] { ParseNumber("0x80000000"); }), "6 Overflow");
 }
 
 TEST(HexToLong, NonDigitsCountZeroButKeepTheirPlaceAndBeyondTheTopIsOverflow) {
@@ -93,8 +86,8 @@ TEST(HexToLong, NonDigitsCountZeroButKeepTheirPlaceAndBeyondTheTopIsOverflow) {
       {"", 0}, {"7FFFFFFF", 2147483647}, {"00000000001", 1}, {"1G", 16}, {"G1", 1}, {"1 0", 256}, {"1\xC3\xA9", 16},
   };
   for (const auto& [text, value] : rows) EXPECT_EQ(HexToLong(text), value) << text;
-  EXPECT_EQ(ErrorOf([] { HexToLong("80000000"); }), "6 Overflow");
-  EXPECT_EQ(ErrorOf([] { HexToLong("100000000"); }), "6 Overflow");
+  EXPECT_EQ(test::ErrorText([] { HexToLong("80000000"); }), "6 Overflow");
+  EXPECT_EQ(test::ErrorText([] { HexToLong("100000000"); }), "6 Overflow");
 }
 
 TEST(HexDigits, ReadEitherCaseWriteLowerCase) {

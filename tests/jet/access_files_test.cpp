@@ -10,8 +10,8 @@
 
 using namespace bw::jet;
 using jettest::AccessSamples;
-using jettest::JetError;
-using jettest::JetNumber;
+using jettest::ErrorText;
+using jettest::ErrorNumber;
 
 TEST(ReadAccessFiles, EveryTableOfEverySampleMatchesMdbExport) {
   ASSERT_TRUE(jettest::HaveMdbTools()) << "mdbtools is a required test dependency";
@@ -50,20 +50,20 @@ TEST(ReadAccessFiles, TableOrderIsStorageOrderMovedRowsAtTheirPointer) {
 
 TEST(ReadAccessFiles, ErrorsUseJetNumbersAndTexts) {
   std::string missing = "/nonexistent/folder/none.mdb", notAccess = AccessSamples() + "/README.md";
-  EXPECT_EQ(JetError([&] { Database::Open(missing, true, false); }), "3024 Could not find file '" + missing + "'.");
-  EXPECT_EQ(JetError([&] { Database::Open(notAccess, false, true); }),
+  EXPECT_EQ(ErrorText([&] { Database::Open(missing, true, false); }), "3024 Could not find file '" + missing + "'.");
+  EXPECT_EQ(ErrorText([&] { Database::Open(notAccess, false, true); }),
             "3343 Unrecognized database format '" + notAccess + "'.");
   auto db = Database::Open(AccessSamples() + "/testV2000.mdb", false, true);
-  EXPECT_EQ(JetError([&] { db->OpenRecordset("NoSuchTable"); }),
+  EXPECT_EQ(ErrorText([&] { db->OpenRecordset("NoSuchTable"); }),
             "3078 The Microsoft Jet database engine cannot find the input table or query 'NoSuchTable'.  Make sure "
             "it exists and that its name is spelled correctly.");
   auto rs = db->OpenRecordset("Table3");  // empty table
   EXPECT_EQ(rs->RecordCount(), 0);
-  EXPECT_EQ(JetError([&] { rs->Field("a"); }), "3021 No current record.");
-  EXPECT_EQ(JetError([&] { rs->MoveFirst(); }), "3021 No current record.");
+  EXPECT_EQ(ErrorText([&] { rs->Field("a"); }), "3021 No current record.");
+  EXPECT_EQ(ErrorText([&] { rs->MoveFirst(); }), "3021 No current record.");
   auto rs1 = db->OpenRecordset("Table1");
-  EXPECT_EQ(JetError([&] { rs1->Field("nope"); }), "3265 Item not found in this collection.");
-  EXPECT_EQ(JetError([&] { rs1->AddNew(); }), "3027 Cannot update.  Database or object is read-only.");
+  EXPECT_EQ(ErrorText([&] { rs1->Field("nope"); }), "3265 Item not found in this collection.");
+  EXPECT_EQ(ErrorText([&] { rs1->AddNew(); }), "3027 Cannot update.  Database or object is read-only.");
 }
 
 struct WriteRefusals : ::testing::Test {
@@ -84,11 +84,11 @@ TEST_F(WriteRefusals, Jet3FilesAreReadButNeverWritten) {
     {
       auto db = Database::Open(file, true, false);
       auto rs = db->OpenRecordset("Table1");
-      auto text = JetError([&] { rs->AddNew(); });
+      auto text = ErrorText([&] { rs->AddNew(); });
       EXPECT_EQ(text.rfind("3027 ", 0), 0u) << text;
       EXPECT_NE(text.find(why), std::string::npos) << text;
-      EXPECT_EQ(JetNumber([&] { rs->Edit(); }), 3027) << sample;
-      EXPECT_EQ(JetNumber([&] { rs->Delete(); }), 3027) << sample;
+      EXPECT_EQ(ErrorNumber([&] { rs->Edit(); }), 3027) << sample;
+      EXPECT_EQ(ErrorNumber([&] { rs->Delete(); }), 3027) << sample;
     }
     EXPECT_EQ(jettest::Shell(md5), before) << sample;
   }
@@ -97,17 +97,17 @@ TEST_F(WriteRefusals, Jet3FilesAreReadButNeverWritten) {
 TEST_F(WriteRefusals, ExclusiveOpenLocksOutOtherOpensAndProcesses) {
   auto file = Make({{"T", {{"A", ColumnType::kLong}}}});
   auto holder = Database::Open(file, true, false);
-  EXPECT_EQ(JetError([&] { Database::Open(file, false, true); }),
+  EXPECT_EQ(ErrorText([&] { Database::Open(file, false, true); }),
             "3045 Could not use '" + file + "'; file already in use.");
   pid_t child = fork();
-  if (child == 0) _exit(JetNumber([&] { Database::Open(file, true, false); }) == 3045 ? 0 : 1);
+  if (child == 0) _exit(ErrorNumber([&] { Database::Open(file, true, false); }) == 3045 ? 0 : 1);
   int status = 0;
   waitpid(child, &status, 0);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "another process opened the locked file";
   holder->Close();
   // Shared opens share; an exclusive open then waits its turn.
   auto reader1 = Database::Open(file, false, true), reader2 = Database::Open(file, false, true);
-  EXPECT_EQ(JetNumber([&] { Database::Open(file, true, false); }), 3045);
+  EXPECT_EQ(ErrorNumber([&] { Database::Open(file, true, false); }), 3045);
 }
 
 TEST_F(WriteRefusals, BadValuesCancelledUpdatesAndClosedObjects) {
@@ -115,24 +115,24 @@ TEST_F(WriteRefusals, BadValuesCancelledUpdatesAndClosedObjects) {
   auto w = Database::Open(file, true, false);
   auto rw = w->OpenRecordset("t");  // table names are not case-sensitive
   rw->AddNew();
-  EXPECT_EQ(JetNumber([&] { rw->SetField("B", Value::Text("four")); rw->Update(); }), 3163);
+  EXPECT_EQ(ErrorNumber([&] { rw->SetField("B", Value::Text("four")); rw->Update(); }), 3163);
   rw->CancelUpdate();
-  EXPECT_EQ(JetNumber([&] { rw->Update(); }), 3020);
+  EXPECT_EQ(ErrorNumber([&] { rw->Update(); }), 3020);
   rw->AddNew();
-  EXPECT_EQ(JetNumber([&] { rw->SetField("A", Value::Text("12x")); }), 3421);
+  EXPECT_EQ(ErrorNumber([&] { rw->SetField("A", Value::Text("12x")); }), 3421);
   rw->SetField("A", Value::Text("12"));
   rw->Update();
   EXPECT_TRUE(rw->Eof());  // the new row does not become current
   rw->MoveFirst();
   EXPECT_EQ(rw->Field("A").integer, 12);
   rw->Close();
-  EXPECT_EQ(JetNumber([&] { rw->MoveFirst(); }), 3420);
+  EXPECT_EQ(ErrorNumber([&] { rw->MoveFirst(); }), 3420);
 }
 
 TEST_F(WriteRefusals, PasswordMustMatchExactly) {
   auto file = Make({{"Things", {{"A", ColumnType::kLong}}}}, "3f8c1d7e05b62");
   for (const char* connect : {"", "; pwd=3F8C1D7E05B62", "; pwd=3f8c1d7e05b6"})
-    EXPECT_EQ(JetError([&] { Database::Open(file, true, false, connect); }), "3031 Not a valid password.") << connect;
+    EXPECT_EQ(ErrorText([&] { Database::Open(file, true, false, connect); }), "3031 Not a valid password.") << connect;
   auto db = Database::Open(file, true, false, "; pwd=3f8c1d7e05b62");
   EXPECT_EQ(db->TableNames(), std::vector<std::string>{"Things"});
 }

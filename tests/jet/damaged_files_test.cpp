@@ -49,7 +49,7 @@ void Poke(const std::string& file, size_t offset, const Bytes& bytes, bool flip 
 /// Opens, reads every table and adds a device the way a run does; the error
 /// that stopped it ("" when none did).
 std::string RunOn(const std::string& file) try {
-  return jettest::JetError([&] {
+  return jettest::ErrorText([&] {
     auto db = Database::Open(file, true, false, kConnect);
     for (const auto& name : db->TableNames(true))
       for (auto rs = db->OpenRecordset(name); !rs->Eof(); rs->MoveNext()) rs->Field(rs->FieldNames()[0]);

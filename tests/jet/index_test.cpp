@@ -12,7 +12,7 @@
 #include "mdbtools.h"
 
 using namespace bw::jet;
-using jettest::JetError;
+using jettest::ErrorText;
 
 namespace {
 
@@ -253,7 +253,7 @@ TEST_F(IndexedTable, RefusedAndFailingWritesLeaveTheFileAsItWas) {
   };
   std::string before = bw::test::ReadFileBytes(file);
   for (const auto& c : cases) {
-    EXPECT_EQ(JetError(c.write), c.error);
+    EXPECT_EQ(ErrorText(c.write), c.error);
     EXPECT_EQ(bw::test::ReadFileBytes(file), before) << c.error;
   }
   // A disk that fails at the n-th page write of an insert that splits pages,
@@ -268,7 +268,7 @@ TEST_F(IndexedTable, RefusedAndFailingWritesLeaveTheFileAsItWas) {
     for (int n = 0;; ++n) {
       before = bw::test::ReadFileBytes(file);
       PageFile::FailWriteAfter(n);
-      std::string error = JetError(write);
+      std::string error = ErrorText(write);
       PageFile::FailWriteAfter(-1);
       if (error.empty()) break;
       ++failures;

@@ -115,15 +115,8 @@ inline std::vector<std::string> OurExport(bw::jet::Database& db, const std::stri
   return lines;
 }
 
-/// "number text" of the Jet error `f` raises ("" when none).
-inline std::string JetError(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const bw::RunTimeError& e) {
-    return std::to_string(e.number()) + " " + e.description();
-  }
-  return "";
-}
-inline int JetNumber(const std::function<void()>& f) { return std::atoi(JetError(f).c_str()); }
+/// "number text" of the Jet error `f` raises ("" when none), and that number alone (0).
+using bw::test::ErrorNumber;
+using bw::test::ErrorText;
 
 }  // namespace jettest

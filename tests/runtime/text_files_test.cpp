@@ -22,14 +22,6 @@ Lines AllLines(const std::filesystem::path& path) {
   return lines;
 }
 
-template <typename Action>
-std::string ErrorOf(Action action) try {
-  action();
-  return "none";
-} catch (const RunTimeError& e) {
-  return std::to_string(e.number()) + " " + e.description();
-}
-
 TEST(Text, UpperCaseTrimAndCp1252) {
   // é becomes É; ÿ ÷ ß, the Greek alpha (beyond Latin-1) and a stray byte stay
   EXPECT_EQ((Lines{UCase("caf\xC3\xA9"), UCase("\xC3\xBF\xC3\xB7\xC3\x9F"), UCase("\xCE\xB1"), UCase("a\xE9z")}),
@@ -64,13 +56,13 @@ TEST(TextFileReader, LineEndsEncodingsAndLineCount) {
 
 TEST(TextFiles, MissingFileIsError53AndAMissingFolderError76) {
   TempDir dir;
-  EXPECT_EQ(ErrorOf([&] { TextFileReader reader(dir.path() / "absent.dvc"); }), "53 File not found");
+  EXPECT_EQ(test::ErrorText([&] { TextFileReader reader(dir.path() / "absent.dvc"); }), "53 File not found");
   EXPECT_THROW(TextFileReader reader(dir.path()), RunTimeError);  // a folder is no text file
   const auto path = dir.path() / "out.cde";
   WriteTextFile(path, "first\r\nsecond\r\n");
   WriteTextFile(path, "A\r\n");
   EXPECT_EQ(test::ReadFileBytes(path), "A\r\n");
-  EXPECT_EQ(ErrorOf([&] { WriteTextFile(dir.path() / "no" / "x.txt", "x"); }), "76 Path not found");
+  EXPECT_EQ(test::ErrorText([&] { WriteTextFile(dir.path() / "no" / "x.txt", "x"); }), "76 Path not found");
 }
 
 TEST(Folders, ListingSortsByUpperCasedNameAndLookupIgnoresCase) {

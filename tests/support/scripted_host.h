@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -105,15 +106,17 @@ struct LibraryTest : ::testing::Test {
 /// Whole file as bytes.
 std::string ReadFileBytes(const std::filesystem::path& path);
 
-/// The number of the run-time error that `f` raises (0 when none).
-inline int ErrorNumber(const std::function<void()>& f) {
+/// "number description" of the run-time error that `f` raises ("" when none).
+inline std::string ErrorText(const std::function<void()>& f) {
   try {
     f();
   } catch (const RunTimeError& e) {
-    return e.number();
+    return std::to_string(e.number()) + " " + e.description();
   }
-  return 0;
+  return "";
 }
+/// The number of the run-time error that `f` raises (0 when none).
+inline int ErrorNumber(const std::function<void()>& f) { return std::atoi(ErrorText(f).c_str()); }
 
 /// Durations as a transmitter sends them: neighbours of one sign added, zero lengths dropped.
 template <class Out = int64_t, class In>
