@@ -1,6 +1,8 @@
 // A Host for tests: records every message and dialog request, answers from
 // queues, and plays one scripted click per DoEvents so that nested waits (the
 // details dialog, the ADI per-key wait) can be driven without a window system.
+// Beside it, what every suite shares: temporary folders and a program over one,
+// files read whole, run-time errors as text, durations joined as sent.
 #pragma once
 
 #include <gtest/gtest.h>
