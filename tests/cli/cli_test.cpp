@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <regex>
 #include <sstream>
 
@@ -403,20 +404,6 @@ TEST_F(CliTest, AdiWritesEveryKeyLirListsThemAndAnExistingFileIsWrittenOverOnlyO
                                       "3\t" + manufacturer + "/" + model + "\tVOLUP\t120"}));
 }
 
-TEST_F(CliTest, LirReadsAHandMadeFileWithAPartialLastRecord) {
-  std::string record(256, '\0'), name = "DEV 1:KEY A", pulses;
-  record.replace(0, 4, "\x72\x81\x05\x83");  // 114 (40 kHz); on 40 us, off 200 us, on 120 us
-  name.resize(32, ' ');
-  record.replace(224, 32, name);
-  dir.Write("hand.lir", record + "\x78" + std::string(43, '\x82'));  // 44 bytes, no name
-  for (int i = 0; i < 43; ++i) pulses += "82";
-  CliResult r = Run({"lir", "hand.lir"});
-  EXPECT_EQ(r.status, 1) << "the partial record is warned about";
-  EXPECT_EQ(r.out, "1\tDEV 1\tKEY A\t114\t810583\n2\t??????????\t??????????\t120\t" + pulses + "\n");
-  EXPECT_EQ(r.err, "hand.lir: hand.lir ends 44 bytes into record 2: a record is 256 bytes, the rest of that one "
-                   "reads as 0\n");
-}
-
 // Each bad path or file a person may give: the fixed text where there is one, then
 // what is wrong with the path, named; the exit status as documented. "D" is the folder.
 TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
@@ -427,36 +414,54 @@ TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
   dir.Write("text.lir", "hello, I am text\n");
   WriteLibrary("NEC.irp", test::ReadFileBytes(BundledLibrary() / "NEC.irp"));
   WriteLibrary("junk.dvc", "PROTOCOL = NEC\r\n[KEYCODES]\r\n\x01\x02\xE9=\x10\xFF:3\x1B\r\n\r\nA = NEC:1,2\r\nB = FOO:1,2/\xFF:3\r\n");
+  // A hand-made file: a whole record, then 44 bytes of one without a name.
+  std::string record(256, '\0'), name = "DEV 1:KEY A", pulses;
+  record.replace(0, 4, "\x72\x81\x05\x83");  // 114 (40 kHz); on 40 us, off 200 us, on 120 us
+  name.resize(32, ' ');
+  record.replace(224, 32, name);
+  dir.Write("hand.lir", record + "\x78" + std::string(43, '\x82'));
+  for (int i = 0; i < 43; ++i) pulses += "82";
   const std::string bad3024 = "TOSHIBA TV: Run-time error '3024': Could not find file ";
   const std::string partial = " bytes into record 1: a record is 256 bytes, the rest of that one reads as 0\n";
-  struct Row { std::vector<std::string> args; fs::path library; std::string err; int status; };
+  struct Row {
+    std::vector<std::string> args;
+    std::string err;
+    int status;
+    fs::path library = BundledLibrary();
+    std::optional<std::string> out = std::nullopt;  // where the row checks stdout
+  };
   const std::vector<Row> rows = {
-      {{"database", "TOSHIBA TV", "--db", "folder.mdb"}, BundledLibrary(),
+      {{"database", "TOSHIBA TV", "--db", "folder.mdb"},
        bad3024 + "'D/folder.mdb'. (D/folder.mdb is a folder, not a file)\n", 3},
-      {{"database", "TOSHIBA TV", "--db", "no/x.mdb", "--create"}, BundledLibrary(),
+      {{"database", "TOSHIBA TV", "--db", "no/x.mdb", "--create"},
        bad3024 + "'D/no/x.mdb'. (the folder D/no does not exist)\n", 3},
-      {{"database", "TOSHIBA TV", "--db", "text.mdb"}, BundledLibrary(),
+      {{"database", "TOSHIBA TV", "--db", "text.mdb"},
        "TOSHIBA TV: Run-time error '3343': Unrecognized database format 'D/text.mdb'. (D/text.mdb is not an Access "
        "database (it does not begin with an Access file header))\n", 3},
-      {{"adi", "TOSHIBA TV", "--out", "no/x.lir"}, BundledLibrary(),
+      {{"adi", "TOSHIBA TV", "--out", "no/x.lir"},
        "TOSHIBA TV: Run-time error '76': Path not found (the folder D/no does not exist)\n", 3},
-      {{"export", "TOSHIBA TV", "--format", "csv", "--out", "folder.lir"}, BundledLibrary(),
+      {{"export", "TOSHIBA TV", "--format", "csv", "--out", "folder.lir"},
        "TOSHIBA TV: Can not write D/folder.lir: D/folder.lir is a folder, not a file\n", 3},
-      {{"lir", "folder.lir"}, BundledLibrary(), "folder.lir: folder.lir is a folder, not a file\n", 3},
-      {{"lir", "nothere.lir"}, BundledLibrary(), "nothere.lir: File not found\n", 3},
-      {{"lir", "three.lir"}, BundledLibrary(), "three.lir: three.lir ends 3" + partial, 1},
-      {{"lir", "text.lir"}, BundledLibrary(), "text.lir: text.lir ends 17" + partial, 1},
-      {{"devices"}, dir.path() / "three.lir", "Can not locate Device Library (D/three.lir is a file, not a folder)\n", 3},
-      {{"devices"}, dir.path() / "nowhere", "Can not locate Device Library (D/nowhere does not exist)\n", 3},
-      {{"check"}, Library(),
+      {{"lir", "folder.lir"}, "folder.lir: folder.lir is a folder, not a file\n", 3},
+      {{"lir", "nothere.lir"}, "nothere.lir: File not found\n", 3},
+      {{"lir", "three.lir"}, "three.lir: three.lir ends 3" + partial, 1},
+      {{"lir", "text.lir"}, "text.lir: text.lir ends 17" + partial, 1},
+      {{"lir", "hand.lir"},
+       "hand.lir: hand.lir ends 44 bytes into record 2: a record is 256 bytes, the rest of that one reads as 0\n", 1,
+       BundledLibrary(), "1\tDEV 1\tKEY A\t114\t810583\n2\t??????????\t??????????\t120\t" + pulses + "\n"},
+      {{"devices"}, "Can not locate Device Library (D/three.lir is a file, not a folder)\n", 3,
+       dir.path() / "three.lir"},
+      {{"devices"}, "Can not locate Device Library (D/nowhere does not exist)\n", 3, dir.path() / "nowhere"},
+      {{"check"},
        "D/lib/junk.dvc:3: Protocol \\x10\xC3\xBF Not in Device Library\n"  // control bytes shown, not sent
        "D/lib/junk.dvc:6: Protocol FOO Not in Device Library\nD/lib/junk.dvc:6: Protocol \xC3\xBF Not in Device "
-       "Library\n", 1},
+       "Library\n", 1, Library()},
   };
   for (const Row& row : rows) {
     CliResult r = Run(row.args, row.library);
-    EXPECT_EQ(r.err, std::regex_replace(row.err, std::regex("D/"), dir.path().string() + "/")) << row.args[0];
+    EXPECT_EQ(r.err, std::regex_replace(row.err, std::regex("D/"), dir.path().string() + "/")) << row.args.back();
     EXPECT_EQ(r.status, row.status) << r.err;
+    EXPECT_EQ(r.out, row.out.value_or(r.out)) << row.args.back();
   }
   EXPECT_FALSE(fs::exists(dir.path() / "no")) << "nothing made on the way";
   CliResult home = Shell(Quoted(BW_CLI_PROGRAM) + " --home nowhere devices");
