@@ -423,12 +423,9 @@ TEST_F(CliTest, BadPathsAndFilesAreNamedWithWhatIsWrong) {
   for (int i = 0; i < 43; ++i) pulses += "82";
   const std::string bad3024 = "TOSHIBA TV: Run-time error '3024': Could not find file ";
   const std::string partial = " bytes into record 1: a record is 256 bytes, the rest of that one reads as 0\n";
-  struct Row {
-    std::vector<std::string> args;
-    std::string err;
-    int status;
-    fs::path library = BundledLibrary();
-    std::optional<std::string> out = std::nullopt;  // where the row checks stdout
+  struct Row {  // `out`: stdout, where the row checks it
+    std::vector<std::string> args; std::string err; int status;
+    fs::path library = BundledLibrary(); std::optional<std::string> out = std::nullopt;
   };
   const std::vector<Row> rows = {
       {{"database", "TOSHIBA TV", "--db", "folder.mdb"},
