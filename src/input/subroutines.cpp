@@ -1,6 +1,7 @@
 // The text helpers of every reader and writer. See subroutines.h.
 #include "input/subroutines.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <system_error>
@@ -158,9 +159,8 @@ bool FileExists(const std::filesystem::path& path) {
 }
 
 std::string RemoveBlanks(std::string_view text) {
-  std::string out;
-  for (const char c : UCase(text))
-    if (c != ' ') out += c;
+  std::string out = UCase(text);
+  out.erase(std::remove(out.begin(), out.end(), ' '), out.end());
   return out;
 }
 

@@ -73,19 +73,6 @@ std::string FindProtocolFile(Program& p, const std::string& wanted) {
   return {};
 }
 
-/// RemoveBlanks(item) == wanted, without building the blank-free copy for plain ASCII items.
-bool SameProtocolName(const std::string& item, const std::string& wanted) {
-  std::size_t at = 0;
-  for (const char c : item) {
-    if (static_cast<unsigned char>(c) >= 0x80) return RemoveBlanks(item) == wanted;
-    if (c == ' ') continue;
-    const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    if (at >= wanted.size() || wanted[at] != upper) return false;
-    ++at;
-  }
-  return at == wanted.size();
-}
-
 /// Reads "mark , space" leniently: each the longest leading number, else 0.
 void ReadTimePair(const std::string& value, float& mark, float& space) {
   std::string rest = value;
@@ -265,13 +252,8 @@ void CompileProtocolForm(Program& p) {
 }
 
 void SelectProtocolInList(Program& p, const std::string& name) {
-  const std::string wanted = RemoveBlanks(name);
-  for (std::size_t i = 0; i < p.F.format.items.size(); ++i) {
-    if (SameProtocolName(p.F.format.items[i], wanted)) {
-      p.F.format.Select(static_cast<int>(i));
-      return;
-    }
-  }
+  const int index = p.F.format.FindFirst(RemoveBlanks(name), RemoveBlanks);
+  if (index >= 0) p.F.format.Select(index);
 }
 
 }  // namespace bw

@@ -37,6 +37,8 @@ struct FolderCache::State {
   /// The folder holds a symbolic link: nothing is kept past one call.
   bool holdsLinks = false;
   std::unordered_set<std::string> names;
+  /// The names of regular files (what a listing shows), in the folder's own order.
+  std::vector<std::string> files;
   /// Upper-cased name -> the smallest name with that spelling.
   std::unordered_map<std::string, std::string> byUpperName;
   /// Upper-cased extension -> ListFolder's answer.
@@ -62,6 +64,7 @@ struct FolderCache::State {
     listed = false;
     holdsLinks = false;
     names.clear();
+    files.clear();
     byUpperName.clear();
     lists.clear();
     ++generation;
@@ -98,6 +101,8 @@ struct FolderCache::State {
         if (entry.is_symlink(linkError)) holdsLinks = true;
         const std::string name = entry.path().filename().string();
         names.insert(name);
+        std::error_code typeError;
+        if (entry.is_regular_file(typeError)) files.push_back(name);
         auto [at, added] = byUpperName.emplace(UCase(name), name);
         if (!added && name < at->second) at->second = name;
       }
@@ -134,8 +139,12 @@ const std::vector<std::string>& FolderCache::List(const fs::path& folder, const 
   const std::string key = UCase(extension);
   auto it = s.lists.find(key);
   if (it != s.lists.end()) return it->second;
-  // The same filter and order as ListFolder, which stays the one definition.
-  return s.lists[key] = ListFolder(folder, extension);
+  // ListFolder's filter and order, over the names read when the folder was listed.
+  std::vector<std::string>& list = s.lists[key];
+  for (const std::string& name : s.files)
+    if (HasExtension(name, extension)) list.push_back(name);
+  SortLikeListing(list);
+  return list;
 }
 
 std::optional<fs::path> FolderCache::Find(const fs::path& folder, const std::string& name) {
