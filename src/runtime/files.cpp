@@ -66,8 +66,9 @@ TextFileReader::TextFileReader(const fs::path& path) : path_(path) {
   // CR LF, LF and a lone CR all end a line; a last line without an end counts.
   std::size_t start = 0;
   while (start < body.size()) {
-    const std::size_t end = body.find_first_of("\r\n", start);
-    if (end == std::string_view::npos) {
+    std::size_t end = start;
+    while (end < body.size() && body[end] != '\r' && body[end] != '\n') ++end;
+    if (end == body.size()) {
       lines_.emplace_back(body.substr(start));
       break;
     }

@@ -99,6 +99,12 @@ void RoundDecimal(double magnitude, int decimals, std::string& whole, std::strin
   whole = "0";
   fraction.assign(static_cast<std::size_t>(decimals), '0');
   if (magnitude == 0 || !std::isfinite(magnitude)) return;
+  // A whole number below 10^15 has all its digits among the 15 read below and
+  // nothing to round: its digits are the answer.
+  if (magnitude < 1e15 && magnitude == std::trunc(magnitude)) {
+    whole = std::to_string(static_cast<int64_t>(magnitude));
+    return;
+  }
   char buf[64];
   std::snprintf(buf, sizeof buf, "%.14e", magnitude);
   // buf: d.dddddddddddddde[+-]XX
