@@ -57,7 +57,10 @@ std::string FindProtocolFile(Program& p, const std::string& wanted) {
   const uint64_t generation = p.Library.Check(folder);
   const std::vector<std::string>& files = p.Library.List(folder, ".irp");
   ProtocolFileIndex& index = p.ProtocolFiles;
-  if (index.generation != generation) index = ProtocolFileIndex{generation, 0, {}};
+  if (index.generation != generation) {
+    index = ProtocolFileIndex{};
+    index.generation = generation;
+  }
   if (auto it = index.firstFile.find(wanted); it != index.firstFile.end()) return it->second;
   while (index.filesRead < files.size()) {
     const std::string& file = files[index.filesRead];
@@ -94,8 +97,23 @@ bool ProtocolInLibrary(Program& p, const std::string& name) { return !FindProtoc
 bool LoadProtocol(Program& p, const std::string& name) {
   const std::string file = FindProtocolFile(p, RemoveBlanks(name));
   if (file.empty()) return false;
-  const std::filesystem::path found = std::filesystem::path(p.DeviceLibraryPath) / file;
 
+  // A file loaded before without a message, in the folder as it still is, is
+  // not read again: what it left behind is put back.
+  auto& loads = p.ProtocolFiles.loads;
+  if (auto kept = loads.find(file); kept != loads.end()) {
+    const KeptProtocolLoad& k = kept->second;
+    p.Protocol = k.protocol;
+    p.Defines = k.defines;
+    if (k.modulationText) p.LastModulationText = *k.modulationText;
+    if (k.bitOrderText) p.LastBitOrderText = *k.bitOrderText;
+    for (const std::string& protocolName : k.protocolNames) SelectProtocolInList(p, protocolName);
+    return true;
+  }
+
+  const std::filesystem::path found = std::filesystem::path(p.DeviceLibraryPath) / file;
+  const uint64_t messagesBefore = p.MessagesShown;
+  KeptProtocolLoad k;
   p.Defines.Clear();
   ProtocolScratch scratch;
   ResetProtocol(p, scratch);
@@ -107,13 +125,25 @@ bool LoadProtocol(Program& p, const std::string& name) {
       if (Trim(line).empty()) continue;
       p.Source.line = reader.LineNumber();
       Statement s = SplitAtEquals(line);
-      if (ParseProtocolLine(p, s.keyword, s.value, scratch)) continue;
-      s = SplitAtBlank(line);
-      if (ParseProtocolLine(p, s.keyword, s.value, scratch)) continue;
-      p.Message("Bad Command in Protocol File " + line);
+      if (!ParseProtocolLine(p, s.keyword, s.value, scratch)) {
+        s = SplitAtBlank(line);
+        if (!ParseProtocolLine(p, s.keyword, s.value, scratch)) {
+          p.Message("Bad Command in Protocol File " + line);
+          continue;
+        }
+      }
+      // The statements that change more than the record and the symbols.
+      if (s.keyword == "PROTOCOL") k.protocolNames.push_back(s.value);
+      if (s.keyword == "MODULATION") k.modulationText = p.LastModulationText;
+      if (s.keyword == "BITORDER" || s.keyword == "FIRSTBIT") k.bitOrderText = p.LastBitOrderText;
     }
     ScaleProtocolTimes(p, scratch);
     CompileProtocolForm(p);
+  }
+  if (p.MessagesShown == messagesBefore) {
+    k.protocol = p.Protocol;
+    k.defines = p.Defines;
+    loads.emplace(file, std::move(k));
   }
   return true;
 }
