@@ -237,6 +237,8 @@ void LoadDeviceFile(Program& p, const std::string& name) {
 
 std::string SplitKeyOptions(KeyEntry& key, const std::string& codes) {
   std::size_t semicolon = codes.find(';');
+  // Without an "=" before the ";" there is no option: every field is kept as written.
+  if (codes.find('=') >= semicolon) return codes;
   std::string lists = codes.substr(0, semicolon);
   std::string kept;
   bool firstKept = true;

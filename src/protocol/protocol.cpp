@@ -55,13 +55,13 @@ std::string FindProtocolFile(Program& p, const std::string& wanted) {
   // A change between these two calls leaves the index tagged with the older
   // generation, so it is read afresh next time.
   const uint64_t generation = p.Library.Check(folder);
-  const std::vector<std::string>& files = p.Library.List(folder, ".irp");
   ProtocolFileIndex& index = p.ProtocolFiles;
   if (index.generation != generation) {
     index = ProtocolFileIndex{};
     index.generation = generation;
   }
   if (auto it = index.firstFile.find(wanted); it != index.firstFile.end()) return it->second;
+  const std::vector<std::string>& files = p.Library.List(folder, ".irp");
   while (index.filesRead < files.size()) {
     const std::string& file = files[index.filesRead];
     const std::vector<std::string> names = NamedProtocols(folder / file);

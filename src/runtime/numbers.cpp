@@ -2,6 +2,7 @@
 // and the small formatter. See numbers.h.
 #include "runtime/numbers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -85,6 +86,16 @@ std::size_t DecimalLength(std::string_view text, std::size_t pos, bool& hasDigit
 
 // Converts a decimal number text (as measured by DecimalLength) to a double.
 double DecimalValue(std::string_view number) {
+  // Up to 15 digits without a point or exponent are a whole number that a
+  // double holds exactly: the same value strtod gives, sign of zero included.
+  const bool negative = !number.empty() && number[0] == '-';
+  const std::string_view digits = number.substr(!number.empty() && (number[0] == '-' || number[0] == '+'));
+  if (!digits.empty() && digits.size() <= 15 &&
+      std::all_of(digits.begin(), digits.end(), [](char c) { return IsDigit(c); })) {
+    int64_t whole = 0;
+    for (const char c : digits) whole = whole * 10 + (c - '0');
+    return negative ? -static_cast<double>(whole) : static_cast<double>(whole);
+  }
   std::string s(number);
   for (char& c : s)
     if (c == 'D' || c == 'd') c = 'E';
