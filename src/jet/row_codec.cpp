@@ -83,7 +83,7 @@ Value VariableValue(const ColumnDef& c, bool jet4, const uint8_t* p, size_t len,
 }  // namespace
 
 std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row, size_t length,
-                             const LongValueReader& readLong) {
+                             const LongValueReader& readLong, const std::vector<bool>* only) {
   std::vector<Value> out(def.columns.size());
   const size_t countSize = jet4 ? 2 : 1;
   if (length < countSize + 1) return out;
@@ -93,7 +93,10 @@ std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row,
   const uint8_t* mask = row + length - maskLen;
   // Offsets of the variable columns; entry varCount is the end of their data.
   std::vector<size_t> varOffsets;
-  if (def.varColumns > 0) {
+  bool anyVariable = false;
+  for (size_t k = 0; k < def.columns.size() && !anyVariable; ++k)
+    anyVariable = !def.columns[k].fixed() && (!only || (*only)[k]);
+  if (def.varColumns > 0 && anyVariable) {
     if (jet4) {
       if (length < maskLen + 2) return out;
       size_t at = length - maskLen - 2;
@@ -115,6 +118,7 @@ std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row,
     }
   }
   for (size_t k = 0; k < def.columns.size(); ++k) {
+    if (only && !(*only)[k]) continue;
     const ColumnDef& c = def.columns[k];
     bool present = c.number < numCols && NullBit(mask, maskLen, c.number);
     if (c.type == ColumnType::kBoolean) {

@@ -101,6 +101,31 @@ std::vector<Value> Table::ReadRow(RowId id, bool longValues) {
                    [this, longValues](const uint8_t* h) { return longValues ? ReadLongValue(h) : Bytes(); });
 }
 
+void Table::Scan(const std::vector<bool>& columns,
+                 const std::function<void(RowId, const std::vector<Value>&)>& visit) {
+  PageFile& f = db_.file();
+  const bool j4 = f.jet4();
+  auto noLongValues = [](const uint8_t*) { return Bytes(); };
+  for (uint32_t p : OwnedPages()) {
+    const Bytes* pg = &f.Page(p);
+    if ((*pg)[0] != page_type::kData || PageOwner(*pg) != def_.page) continue;
+    const int n = SlotCount(*pg, j4);
+    for (int i = 0; i < n; ++i) {
+      const uint16_t e = SlotEntry(*pg, j4, i);
+      if (e & row_flag::kDeleted) continue;
+      const RowId id{p, uint8_t(i)};
+      // A moved row is read where it went; the page it went to may push this
+      // one out of the cache, so this page is looked up again afterwards.
+      const RowId at = (e & row_flag::kOverflow) ? Resolve(id) : id;
+      const Bytes& rowPage = f.Page(at.page);
+      size_t start, len;
+      SlotBounds(rowPage, j4, at.row, start, len);
+      visit(id, DecodeRow(def_, j4, rowPage.data() + start, len, noLongValues, &columns));
+      pg = &f.Page(p);
+    }
+  }
+}
+
 Bytes Table::ReadLongValue(const uint8_t* header) {
   PageFile& f = db_.file();
   const bool j4 = f.jet4();

@@ -46,7 +46,7 @@ uint64_t Hash(const std::string& a, const std::string& b, const std::string& c, 
 
 bool CodeRowIndex::Build(jet::Table& table) {
   table_ = nullptr;
-  rows_.clear();
+  devices_.clear();
   label_ = table.ColumnIndex("Label");
   button_ = table.ColumnIndex("ButtonID");
   function_ = table.ColumnIndex("FunctionID");
@@ -56,12 +56,15 @@ bool CodeRowIndex::Build(jet::Table& table) {
       !ShortColumn(table, function_))
     return false;
   try {
-    const std::vector<RowId> ids = table.RowIds();
-    rows_.reserve(ids.size());
-    for (RowId id : ids) rows_.emplace(KeyOf(table.ReadRow(id, false)), id.Packed());
+    std::vector<bool> deviceOnly(table.def().columns.size(), false);
+    deviceOnly[size_t(device_)] = true;
+    // Row ids grow in table order, so each device's list comes out sorted.
+    table.Scan(deviceOnly, [this](RowId id, const std::vector<Value>& values) {
+      devices_[values[size_t(device_)].AsInteger()].rows.push_back(id.Packed());
+    });
   } catch (...) {
     // A row that cannot be read is left for the walk to meet and report.
-    rows_.clear();
+    devices_.clear();
     return false;
   }
   table_ = &table;
@@ -78,30 +81,52 @@ uint64_t CodeRowIndex::KeyOf(const std::vector<Value>& values) const {
               UCase(values[size_t(function_)].AsText()), values[size_t(device_)].AsInteger());
 }
 
+bool CodeRowIndex::Matches(const std::vector<Value>& v, const std::string& label, const std::string& button,
+                           const std::string& function, int64_t device) const {
+  return UCase(v[size_t(label_)].AsText()) == label && UCase(v[size_t(button_)].AsText()) == button &&
+         UCase(v[size_t(function_)].AsText()) == function && v[size_t(device_)].AsInteger() == device;
+}
+
 std::optional<RowId> CodeRowIndex::Find(jet::Table& table, const std::string& label, const std::string& button,
-                                        const std::string& function, int64_t device) const {
-  auto [from, to] = rows_.equal_range(Hash(label, button, function, device));
+                                        const std::string& function, int64_t device) {
+  auto entry = devices_.find(device);
+  if (entry == devices_.end()) return std::nullopt;
+  DeviceRows& d = entry->second;
+  if (!d.keyed) {
+    // The first ask for this device: its rows' texts are read now, once.
+    d.byKey.reserve(d.rows.size());
+    for (uint32_t packed : d.rows) d.byKey.emplace(KeyOf(table.ReadRow(RowId::FromPacked(packed), false)), packed);
+    d.keyed = true;
+  }
+  auto [from, to] = d.byKey.equal_range(Hash(label, button, function, device));
   std::vector<uint32_t> candidates;
   for (auto it = from; it != to; ++it) candidates.push_back(it->second);
   // Row ids grow in table order: pages in page order, rows in slot order.
   std::sort(candidates.begin(), candidates.end());
   for (uint32_t packed : candidates) {
     const RowId id = RowId::FromPacked(packed);
-    const std::vector<Value> v = table.ReadRow(id, false);
-    if (UCase(v[size_t(label_)].AsText()) == label && UCase(v[size_t(button_)].AsText()) == button &&
-        UCase(v[size_t(function_)].AsText()) == function && v[size_t(device_)].AsInteger() == device)
-      return id;
+    if (Matches(table.ReadRow(id, false), label, button, function, device)) return id;
   }
   return std::nullopt;
 }
 
-void CodeRowIndex::Add(RowId id, const std::vector<Value>& values) { rows_.emplace(KeyOf(values), id.Packed()); }
+void CodeRowIndex::Add(RowId id, const std::vector<Value>& values) {
+  DeviceRows& d = devices_[values[size_t(device_)].AsInteger()];
+  d.rows.insert(std::upper_bound(d.rows.begin(), d.rows.end(), id.Packed()), id.Packed());
+  if (d.keyed) d.byKey.emplace(KeyOf(values), id.Packed());
+}
 
 void CodeRowIndex::Remove(RowId id, const std::vector<Value>& values) {
-  auto [from, to] = rows_.equal_range(KeyOf(values));
+  auto entry = devices_.find(values[size_t(device_)].AsInteger());
+  if (entry == devices_.end()) return;
+  DeviceRows& d = entry->second;
+  auto at = std::lower_bound(d.rows.begin(), d.rows.end(), id.Packed());
+  if (at != d.rows.end() && *at == id.Packed()) d.rows.erase(at);
+  if (!d.keyed) return;
+  auto [from, to] = d.byKey.equal_range(KeyOf(values));
   for (auto it = from; it != to; ++it) {
     if (it->second == id.Packed()) {
-      rows_.erase(it);
+      d.byKey.erase(it);
       return;
     }
   }

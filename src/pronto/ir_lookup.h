@@ -28,7 +28,10 @@ namespace jet {
 class Database;
 }
 
-/// "IR Codes": rows by (label, button, function, device), in table order.
+/// "IR Codes": rows by device, and within a device by (label, button,
+/// function), in table order. Opening reads only the device column of each
+/// row; a device's texts are read the first time that device is asked for,
+/// so storing one device into a large table reads the texts of its rows only.
 class CodeRowIndex {
  public:
   /// Reads the table; false when it cannot be served (then nothing is kept).
@@ -38,7 +41,7 @@ class CodeRowIndex {
   /// The first row in table order whose upper-cased label, button and function
   /// texts equal the given ones and whose device id is `device`.
   std::optional<jet::RowId> Find(jet::Table& table, const std::string& label, const std::string& button,
-                                 const std::string& function, int64_t device) const;
+                                 const std::string& function, int64_t device);
   /// Notes a row written with `values` (the row as stored).
   void Add(jet::RowId id, const std::vector<jet::Value>& values);
   void Remove(jet::RowId id, const std::vector<jet::Value>& values);
@@ -46,13 +49,22 @@ class CodeRowIndex {
   void Synced(const jet::Table& table) { changeCount_ = table.changeCount(); }
 
  private:
+  /// One device's rows: packed ids in table order, and once its texts have
+  /// been read, the rows by key hash (a hash may be shared: rows are checked
+  /// on lookup).
+  struct DeviceRows {
+    std::vector<uint32_t> rows;
+    bool keyed = false;
+    std::unordered_multimap<uint64_t, uint32_t> byKey;
+  };
   uint64_t KeyOf(const std::vector<jet::Value>& values) const;
+  bool Matches(const std::vector<jet::Value>& values, const std::string& label, const std::string& button,
+               const std::string& function, int64_t device) const;
 
   const jet::Table* table_ = nullptr;
   uint64_t changeCount_ = 0;
   int label_ = -1, button_ = -1, function_ = -1, device_ = -1;
-  /// Key hash -> packed row ids; a hash may be shared, so rows are checked on lookup.
-  std::unordered_multimap<uint64_t, uint32_t> rows_;
+  std::unordered_map<int64_t, DeviceRows> devices_;
 };
 
 /// "Devices": rows by upper-cased model, and every row, in table order.

@@ -1,7 +1,6 @@
 // The IR database on template copies: identifier allocation, the model-only
 // device match, the update path comparing "FunctionID" with KeyCode1, the
 // trapped error text, upper-cased lists, and what mdbtools reads back.
-#include <chrono>
 #include <functional>
 
 #include "dbrun/dbrun_support.h"
@@ -135,6 +134,24 @@ TEST_F(IRDatabase, TiedRowsAreUpdatedInTableOrderThroughDeletesAndOtherWriters) 
             (Rows{{"MUTE", "2", "x2 "}, {"Mute", "2", "x4 "}, {"mute", "3", "x5 "}}));
 }
 
+TEST_F(IRDatabase, ARowMovedOffItsFullPageIsStillTheOneAStoreUpdates) {
+  OpenIRDatabase(p, Fresh());
+  for (int k = 1; k <= 60; ++k) Add(k, k, "K" + std::to_string(k), "M");  // FunctionID k; the first page fills
+  {
+    auto rs = p.Database->OpenRecordset("IR Codes");  // the first row grows past its page's free space
+    rs->Edit();
+    rs->SetField("Details", jet::Value::Text(std::string(250, 'd')));
+    rs->Update();
+  }
+  p.ButtonSequence = 0;
+  IRCodeRecord r = Code(1, 1, "k1");
+  r.BurstText = "moved ";
+  AddIRCode(p, r, "M", "TV", "Acme");
+  const Rows rows = Read("IR Codes", {"Label", "IRcode"});
+  ASSERT_EQ(rows.size(), 60u);
+  EXPECT_EQ(rows[0], (std::vector<std::string>{"k1", "moved "}));
+}
+
 TEST_F(IRDatabase, OpeningAnotherDatabaseRestartsTheSequenceAndReleasesTheFirst) {
   OpenIRDatabase(p, Fresh("one.mdb"));
   Add(100, 1, "A", "X");
@@ -177,18 +194,14 @@ TEST_F(IRDatabase, OpenFailuresAreJetErrors) {
   EXPECT_EQ(JetNumber([&] { OpenIRDatabase(p, plain); }), 3078);
 }
 
-TEST_F(IRDatabase, ThousandsOfCodesTakeSecondsAndMdbToolsCountsThem) {
+TEST_F(IRDatabase, ThousandsOfCodesOverManyPagesAreAllReadBackByMdbTools) {
   auto file = Fresh();
   OpenIRDatabase(p, file);
-  auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < 3000; ++i) {
     IRCodeRecord r = Code(0, i, "Key " + std::to_string(i));
     r.BurstText = std::string(300, char('0' + i % 10)) + " ";
     AddIRCode(p, r, "Model " + std::to_string(i / 50), "TV", "Maker " + std::to_string(i / 500));
   }
-  double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  std::printf("3000 AddIRCode calls: %.2f s\n", seconds);
-  EXPECT_LT(seconds, 60.0);
   CloseIRDatabase(p);
   EXPECT_EQ(Shell("mdb-export -H '" + file + "' 'IR Codes' | wc -l"), "3000\n");
   EXPECT_EQ(Shell("mdb-export -H '" + file + "' Devices | tail -1"), "1059,1,0,6,\"Model 59\",300\n");
