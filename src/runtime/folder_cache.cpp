@@ -2,13 +2,14 @@
 // See folder_cache.h.
 #include "runtime/folder_cache.h"
 
+#include <dirent.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <map>
-#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -93,19 +94,26 @@ struct FolderCache::State {
   }
 
   void Load() {
-    std::error_code ec;
-    fs::directory_iterator it(folder, ec);
-    if (!ec) {
-      for (const fs::directory_entry& entry : it) {
-        std::error_code linkError;
-        if (entry.is_symlink(linkError)) holdsLinks = true;
-        const std::string name = entry.path().filename().string();
+    // Read with readdir: the entry types come with the names, and only a link
+    // or a file system that gives no type costs a stat.
+    if (DIR* dir = ::opendir(folder.c_str())) {
+      while (const dirent* entry = ::readdir(dir)) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        bool regular = entry->d_type == DT_REG;
+        if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {
+          const std::string path = folder + "/" + name;
+          struct stat info {};
+          if (entry->d_type == DT_LNK || (::lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode)))
+            holdsLinks = true;
+          regular = ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+        }
         names.insert(name);
-        std::error_code typeError;
-        if (entry.is_regular_file(typeError)) files.push_back(name);
+        if (regular) files.push_back(name);
         auto [at, added] = byUpperName.emplace(UCase(name), name);
         if (!added && name < at->second) at->second = name;
       }
+      ::closedir(dir);
     }
     listed = true;
   }
