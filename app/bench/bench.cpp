@@ -83,20 +83,10 @@ bw::IRCodeRecord MakeRecord(int device, int key) {
   return r;
 }
 
-class QuietHost : public bw::Host {
- public:
-  bw::MsgBoxResult MsgBox(const std::string& text, bw::MsgBoxStyle) override {
-    std::cerr << "message: " << text << "\n";
-    return bw::MsgBoxResult::OK;
-  }
-  std::string OpenFileDialog(const std::string&, const std::string&) override { return {}; }
-  std::string SaveFileDialog(const std::string&, const std::string&) override { return {}; }
-  void DoEvents() override {}
-  void ShowDetails() override {}
-  void HideDetails() override {}
-  void SetBusy(bool) override {}
-  void Quit() override {}
-};
+/// Reports what a run said, which a benchmark run should not.
+void Report(const bw::RecordingHost& host) {
+  for (const std::string& text : host.messages) std::cerr << "message: " << text << "\n";
+}
 
 fs::path TemplatePath() { return bw::ExecutableFolder() / "Empty_RCIR.mdb"; }
 
@@ -302,12 +292,13 @@ double Seconds(std::chrono::steady_clock::time_point since) {
 /// One new device into an existing database: open, 50 keys, close.
 int ChildDevice(const std::string& engine, const fs::path& path, int device) {
   if (engine == "ours") {
-    QuietHost host;
+    bw::RecordingHost host;
     bw::Program p;
     p.host = &host;
     bw::OpenIRDatabase(p, path.string());
     OursStoreDevice(p, device);
     bw::CloseIRDatabase(p);
+    Report(host);
   } else {
     Lite db(path);
     SqliteStoreDevice(db, device);
@@ -328,7 +319,7 @@ int ChildBuild(const std::string& engine, const fs::path& path, int rows, const 
   };
   if (engine == "ours") {
     fs::copy_file(TemplatePath(), path, fs::copy_options::overwrite_existing);
-    QuietHost host;
+    bw::RecordingHost host;
     bw::Program p;
     p.host = &host;
     start = std::chrono::steady_clock::now();
@@ -338,6 +329,7 @@ int ChildBuild(const std::string& engine, const fs::path& path, int rows, const 
       note((d + 1) * kKeysPerDevice);
     }
     bw::CloseIRDatabase(p);
+    Report(host);
   } else {
     fs::remove(path);
     Lite db(path);

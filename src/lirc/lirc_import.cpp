@@ -61,23 +61,6 @@ std::string Manufacturer(const std::string& sourceFile) {
   return folder.empty() ? std::string("LIRC") : folder;
 }
 
-/// A silent host: generating keys to check them asks no one, and any message is a failure.
-class RecordingHost : public Host {
- public:
-  std::vector<std::string> messages;
-  MsgBoxResult MsgBox(const std::string& text, MsgBoxStyle) override {
-    messages.push_back(text);
-    return MsgBoxResult::OK;
-  }
-  std::string OpenFileDialog(const std::string&, const std::string&) override { return {}; }
-  std::string SaveFileDialog(const std::string&, const std::string&) override { return {}; }
-  void DoEvents() override {}
-  void ShowDetails() override {}
-  void HideDetails() override {}
-  void SetBusy(bool) override {}
-  void Quit() override {}
-};
-
 /// Durations as a transmitter sends them: zero lengths gone, neighbours of the same kind joined.
 std::vector<int64_t> Joined(const DurationList& list, int from, int count) {
   std::vector<int64_t> out;
@@ -484,6 +467,7 @@ std::string VerifyDialectFiles(const LircRemote& remote, const DialectFiles& fil
   WriteTextFile(scratch.path() / (files.stem + ".irp"), files.protocolText);
   WriteTextFile(scratch.path() / (files.stem + ".dvc"), files.deviceText);
 
+  // Generating keys to check them asks no one; any message is a failure.
   RecordingHost host;
   Program p;
   p.host = &host;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace bw {
 
@@ -29,6 +30,29 @@ class Host {
   virtual void SetBusy(bool busy) = 0;
   /// Ends the program (the front end closes its windows and leaves its loop).
   virtual void Quit() = 0;
+};
+
+/// A host without a person: message texts are kept in `messages`, a plain
+/// message is answered OK and a question `answer`; dialogs are cancelled and
+/// everything else does nothing. For batch work (imports, benchmarks, fuzzing).
+class RecordingHost : public Host {
+ public:
+  explicit RecordingHost(MsgBoxResult answer = MsgBoxResult::OK) : answer_(answer) {}
+  std::vector<std::string> messages;
+  MsgBoxResult MsgBox(const std::string& text, MsgBoxStyle style) override {
+    messages.push_back(text);
+    return style == MsgBoxStyle::OKOnly ? MsgBoxResult::OK : answer_;
+  }
+  std::string OpenFileDialog(const std::string&, const std::string&) override { return {}; }
+  std::string SaveFileDialog(const std::string&, const std::string&) override { return {}; }
+  void DoEvents() override {}
+  void ShowDetails() override {}
+  void HideDetails() override {}
+  void SetBusy(bool) override {}
+  void Quit() override {}
+
+ private:
+  MsgBoxResult answer_;
 };
 
 }  // namespace bw

@@ -24,17 +24,6 @@ using bw::jet::Database;
 using bw::jet::Value;
 
 /// Answers every question No and every dialog with Cancel.
-class QuietHost : public bw::Host {
- public:
-  bw::MsgBoxResult MsgBox(const std::string&, bw::MsgBoxStyle) override { return bw::MsgBoxResult::No; }
-  std::string OpenFileDialog(const std::string&, const std::string&) override { return ""; }
-  std::string SaveFileDialog(const std::string&, const std::string&) override { return ""; }
-  void DoEvents() override {}
-  void ShowDetails() override {}
-  void HideDetails() override {}
-  void SetBusy(bool) override {}
-  void Quit() override {}
-};
 
 /// A file of this process in memory-backed storage when there is some.
 std::string ScratchPath() {
@@ -85,7 +74,7 @@ void WriteEveryUserTable(Database& db) {
 }
 
 void IrDatabaseRun(const std::string& path) {
-  QuietHost host;
+  bw::RecordingHost host(bw::MsgBoxResult::No);
   bw::Program p;
   p.host = &host;
   bw::OpenIRDatabase(p, path);
