@@ -40,7 +40,7 @@ std::vector<std::string> NamedProtocols(const std::filesystem::path& path) {
   std::vector<std::string> names;
   std::string line;
   while (ReadCleanLine(reader, line)) {
-    if (Trim(line).empty()) continue;
+    if (line.find_first_not_of(' ') == std::string::npos) continue;  // blank
     Statement s = SplitAtEquals(line);
     if (!NamesProtocol(s.keyword)) s = SplitAtBlank(line);
     if (NamesProtocol(s.keyword)) names.push_back(RemoveBlanks(s.value));
@@ -122,7 +122,7 @@ bool LoadProtocol(Program& p, const std::string& name) {
     TextFileReader reader(found);
     std::string line;
     while (ReadCleanLine(reader, line)) {
-      if (Trim(line).empty()) continue;
+      if (line.find_first_not_of(' ') == std::string::npos) continue;  // blank
       p.Source.line = reader.LineNumber();
       Statement s = SplitAtEquals(line);
       if (!ParseProtocolLine(p, s.keyword, s.value, scratch)) {
