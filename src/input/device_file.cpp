@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "input/defines.h"
 #include "input/subroutines.h"
@@ -220,12 +221,12 @@ void LoadDeviceFile(Program& p, const std::string& name) {
   DeviceReaderState state;
   std::string line;
   while (ReadCleanLine(reader, line)) {
-    if (Trim(line).empty()) continue;
+    if (line.find_first_not_of(' ') == std::string::npos) continue;  // blank
     p.Source.line = reader.LineNumber();
-    if (RemoveBlanks(line) == "[KEYCODES]") {
+    if (line.find('[') != std::string::npos && RemoveBlanks(line) == "[KEYCODES]") {
       state.inKeySection = true;
     } else if (state.inKeySection) {
-      ReadKeyLine(p, line, state);
+      ReadKeyLine(p, std::move(line), state);
     } else if (!ReadHeaderLine(p, line, state)) {
       AbortDeviceLoad(p);
       return;
@@ -237,6 +238,8 @@ void LoadDeviceFile(Program& p, const std::string& name) {
 
 std::string SplitKeyOptions(KeyEntry& key, const std::string& codes) {
   std::size_t semicolon = codes.find(';');
+  // Without an "=" before the ";" there is no option: every field is kept as written.
+  if (codes.find('=') >= semicolon) return codes;
   std::string lists = codes.substr(0, semicolon);
   std::string kept;
   bool firstKept = true;

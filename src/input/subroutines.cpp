@@ -1,9 +1,12 @@
 // The text helpers of every reader and writer. See subroutines.h.
 #include "input/subroutines.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <system_error>
 #include <vector>
 
 #include "runtime/numbers.h"
@@ -39,6 +42,7 @@ bool IsAscii(std::string_view text) {
 }
 
 char AsciiUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+char AsciiLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 /// The view without its leading and trailing blanks.
 std::string_view TrimBlanks(std::string_view text) {
@@ -56,6 +60,22 @@ std::string GetToken(std::string_view& rest, std::string_view separator) {
   // An ASCII separator can only match ASCII text, so it is compared byte by
   // byte; any other goes through the full upper-casing.
   const bool asciiSeparator = IsAscii(sep);
+  // One byte that is neither a letter nor a quote matches only itself: up to the
+  // first such byte or quote, the token is the text as it stands.
+  if (sep.size() == 1 && asciiSeparator && sep[0] != '"' && AsciiUpper(sep[0]) == AsciiLower(sep[0])) {
+    std::size_t i = 0;
+    while (i < rest.size() && rest[i] != sep[0] && rest[i] != '"') ++i;
+    if (i == rest.size()) {
+      std::string result = Trim(rest);
+      rest = std::string_view();
+      return result;
+    }
+    if (rest[i] == sep[0]) {
+      std::string result = Trim(rest.substr(0, i));
+      rest = TrimBlanks(rest.substr(i + 1));
+      return result;
+    }
+  }
   const auto separatorAt = [&](std::size_t i) {
     if (!asciiSeparator) return StartsWithIgnoringCase(rest, i, sep);
     if (i + sep.size() > rest.size()) return false;
@@ -87,8 +107,11 @@ std::string GetToken(std::string_view& rest, std::string_view separator) {
 std::string GetToken(std::string& text, std::string_view separator) {
   std::string_view rest(text);
   std::string token = GetToken(rest, separator);
-  std::string remaining(rest);
-  text.swap(remaining);
+  // The rest is a part of `text`: cut around it in place.
+  const std::size_t start = rest.empty() ? 0 : static_cast<std::size_t>(rest.data() - text.data());
+  const std::size_t length = rest.size();
+  text.erase(start + length);
+  text.erase(0, start);
   return token;
 }
 
@@ -151,16 +174,18 @@ std::string CleanFileName(std::string_view text) {
 }
 
 bool FileExists(const std::filesystem::path& path) {
-  std::error_code ec;
-  if (std::filesystem::is_directory(path, ec)) return false;
-  std::ifstream in(path, std::ios::binary);
-  return static_cast<bool>(in);
+  // Opened without waiting, so a pipe answers at once.
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (fd < 0) return false;
+  struct stat info {};
+  const bool folder = ::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode);
+  ::close(fd);
+  return !folder;
 }
 
 std::string RemoveBlanks(std::string_view text) {
-  std::string out;
-  for (const char c : UCase(text))
-    if (c != ' ') out += c;
+  std::string out = UCase(text);
+  out.erase(std::remove(out.begin(), out.end(), ' '), out.end());
   return out;
 }
 

@@ -40,7 +40,7 @@ std::vector<std::string> NamedProtocols(const std::filesystem::path& path) {
   std::vector<std::string> names;
   std::string line;
   while (ReadCleanLine(reader, line)) {
-    if (Trim(line).empty()) continue;
+    if (line.find_first_not_of(' ') == std::string::npos) continue;  // blank
     Statement s = SplitAtEquals(line);
     if (!NamesProtocol(s.keyword)) s = SplitAtBlank(line);
     if (NamesProtocol(s.keyword)) names.push_back(RemoveBlanks(s.value));
@@ -55,10 +55,13 @@ std::string FindProtocolFile(Program& p, const std::string& wanted) {
   // A change between these two calls leaves the index tagged with the older
   // generation, so it is read afresh next time.
   const uint64_t generation = p.Library.Check(folder);
-  const std::vector<std::string>& files = p.Library.List(folder, ".irp");
   ProtocolFileIndex& index = p.ProtocolFiles;
-  if (index.generation != generation) index = ProtocolFileIndex{generation, 0, {}};
+  if (index.generation != generation) {
+    index = ProtocolFileIndex{};
+    index.generation = generation;
+  }
   if (auto it = index.firstFile.find(wanted); it != index.firstFile.end()) return it->second;
+  const std::vector<std::string>& files = p.Library.List(folder, ".irp");
   while (index.filesRead < files.size()) {
     const std::string& file = files[index.filesRead];
     const std::vector<std::string> names = NamedProtocols(folder / file);
@@ -71,19 +74,6 @@ std::string FindProtocolFile(Program& p, const std::string& wanted) {
     if (found) return file;
   }
   return {};
-}
-
-/// RemoveBlanks(item) == wanted, without building the blank-free copy for plain ASCII items.
-bool SameProtocolName(const std::string& item, const std::string& wanted) {
-  std::size_t at = 0;
-  for (const char c : item) {
-    if (static_cast<unsigned char>(c) >= 0x80) return RemoveBlanks(item) == wanted;
-    if (c == ' ') continue;
-    const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    if (at >= wanted.size() || wanted[at] != upper) return false;
-    ++at;
-  }
-  return at == wanted.size();
 }
 
 /// Reads "mark , space" leniently: each the longest leading number, else 0.
@@ -107,8 +97,23 @@ bool ProtocolInLibrary(Program& p, const std::string& name) { return !FindProtoc
 bool LoadProtocol(Program& p, const std::string& name) {
   const std::string file = FindProtocolFile(p, RemoveBlanks(name));
   if (file.empty()) return false;
-  const std::filesystem::path found = std::filesystem::path(p.DeviceLibraryPath) / file;
 
+  // A file loaded before without a message, in the folder as it still is, is
+  // not read again: what it left behind is put back.
+  auto& loads = p.ProtocolFiles.loads;
+  if (auto kept = loads.find(file); kept != loads.end()) {
+    const KeptProtocolLoad& k = kept->second;
+    p.Protocol = k.protocol;
+    p.Defines = k.defines;
+    if (k.modulationText) p.LastModulationText = *k.modulationText;
+    if (k.bitOrderText) p.LastBitOrderText = *k.bitOrderText;
+    for (const std::string& protocolName : k.protocolNames) SelectProtocolInList(p, protocolName);
+    return true;
+  }
+
+  const std::filesystem::path found = std::filesystem::path(p.DeviceLibraryPath) / file;
+  const uint64_t messagesBefore = p.MessagesShown;
+  KeptProtocolLoad k;
   p.Defines.Clear();
   ProtocolScratch scratch;
   ResetProtocol(p, scratch);
@@ -117,16 +122,28 @@ bool LoadProtocol(Program& p, const std::string& name) {
     TextFileReader reader(found);
     std::string line;
     while (ReadCleanLine(reader, line)) {
-      if (Trim(line).empty()) continue;
+      if (line.find_first_not_of(' ') == std::string::npos) continue;  // blank
       p.Source.line = reader.LineNumber();
       Statement s = SplitAtEquals(line);
-      if (ParseProtocolLine(p, s.keyword, s.value, scratch)) continue;
-      s = SplitAtBlank(line);
-      if (ParseProtocolLine(p, s.keyword, s.value, scratch)) continue;
-      p.Message("Bad Command in Protocol File " + line);
+      if (!ParseProtocolLine(p, s.keyword, s.value, scratch)) {
+        s = SplitAtBlank(line);
+        if (!ParseProtocolLine(p, s.keyword, s.value, scratch)) {
+          p.Message("Bad Command in Protocol File " + line);
+          continue;
+        }
+      }
+      // The statements that change more than the record and the symbols.
+      if (s.keyword == "PROTOCOL") k.protocolNames.push_back(s.value);
+      if (s.keyword == "MODULATION") k.modulationText = p.LastModulationText;
+      if (s.keyword == "BITORDER" || s.keyword == "FIRSTBIT") k.bitOrderText = p.LastBitOrderText;
     }
     ScaleProtocolTimes(p, scratch);
     CompileProtocolForm(p);
+  }
+  if (p.MessagesShown == messagesBefore) {
+    k.protocol = p.Protocol;
+    k.defines = p.Defines;
+    loads.emplace(file, std::move(k));
   }
   return true;
 }
@@ -265,13 +282,8 @@ void CompileProtocolForm(Program& p) {
 }
 
 void SelectProtocolInList(Program& p, const std::string& name) {
-  const std::string wanted = RemoveBlanks(name);
-  for (std::size_t i = 0; i < p.F.format.items.size(); ++i) {
-    if (SameProtocolName(p.F.format.items[i], wanted)) {
-      p.F.format.Select(static_cast<int>(i));
-      return;
-    }
-  }
+  const int index = p.F.format.FindFirst(RemoveBlanks(name), RemoveBlanks);
+  if (index >= 0) p.F.format.Select(index);
 }
 
 }  // namespace bw

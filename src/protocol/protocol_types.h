@@ -5,8 +5,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
+#include <vector>
+
+#include "input/defines_types.h"
 
 namespace bw {
 
@@ -24,6 +28,17 @@ struct ProtocolRecord {
   int32_t ZeroMark = 0, ZeroSpace = 0;
 };
 
+/// What loading one protocol file left behind when it showed no message: the
+/// record, the symbols, the statements whose effect reaches past them.
+struct KeptProtocolLoad {
+  ProtocolRecord protocol;
+  DefinesTable defines;
+  /// The MODULATION / BITORDER text the file set last; nothing when it set none.
+  std::optional<std::string> modulationText, bitOrderText;
+  /// Each PROTOCOL value in file order: each selects its entry in the format list.
+  std::vector<std::string> protocolNames;
+};
+
 /// What the library's protocol files were found to name, kept while the
 /// folder stays the same (one generation of its FolderCache): the files are
 /// read in listing order only as far as a search needed.
@@ -33,6 +48,8 @@ struct ProtocolFileIndex {
   std::size_t filesRead = 0;
   /// Name (blanks removed, upper case) -> the first file in listing order naming it.
   std::unordered_map<std::string, std::string> firstFile;
+  /// File name -> what loading it left behind, for files loaded without a message.
+  std::unordered_map<std::string, KeptProtocolLoad> loads;
 };
 
 }  // namespace bw

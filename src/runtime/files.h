@@ -38,6 +38,11 @@ void WriteTextFile(const std::filesystem::path& path, const std::string& text);
 /// (".dvc") ignoring case, sorted by their upper-cased names. A missing folder gives none.
 std::vector<std::string> ListFolder(const std::filesystem::path& folder, const std::string& extension);
 
+/// True when `name` ends in `extension` (".dvc"), ignoring case: ListFolder's filter.
+bool HasExtension(const std::string& name, const std::string& extension);
+/// Puts file names in ListFolder's order: by upper-cased name, then as written.
+void SortLikeListing(std::vector<std::string>& names);
+
 /// The path of `name` in `folder`, matching the name ignoring case when no exact
 /// match exists; nothing when there is neither.
 std::optional<std::filesystem::path> FindFileIgnoringCase(const std::filesystem::path& folder,

@@ -2,13 +2,14 @@
 // See folder_cache.h.
 #include "runtime/folder_cache.h"
 
+#include <dirent.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <map>
-#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -37,6 +38,8 @@ struct FolderCache::State {
   /// The folder holds a symbolic link: nothing is kept past one call.
   bool holdsLinks = false;
   std::unordered_set<std::string> names;
+  /// The names of regular files (what a listing shows), in the folder's own order.
+  std::vector<std::string> files;
   /// Upper-cased name -> the smallest name with that spelling.
   std::unordered_map<std::string, std::string> byUpperName;
   /// Upper-cased extension -> ListFolder's answer.
@@ -62,6 +65,7 @@ struct FolderCache::State {
     listed = false;
     holdsLinks = false;
     names.clear();
+    files.clear();
     byUpperName.clear();
     lists.clear();
     ++generation;
@@ -90,17 +94,26 @@ struct FolderCache::State {
   }
 
   void Load() {
-    std::error_code ec;
-    fs::directory_iterator it(folder, ec);
-    if (!ec) {
-      for (const fs::directory_entry& entry : it) {
-        std::error_code linkError;
-        if (entry.is_symlink(linkError)) holdsLinks = true;
-        const std::string name = entry.path().filename().string();
+    // Read with readdir: the entry types come with the names, and only a link
+    // or a file system that gives no type costs a stat.
+    if (DIR* dir = ::opendir(folder.c_str())) {
+      while (const dirent* entry = ::readdir(dir)) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        bool regular = entry->d_type == DT_REG;
+        if (entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) {
+          const std::string path = folder + "/" + name;
+          struct stat info {};
+          if (entry->d_type == DT_LNK || (::lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode)))
+            holdsLinks = true;
+          regular = ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
+        }
         names.insert(name);
+        if (regular) files.push_back(name);
         auto [at, added] = byUpperName.emplace(UCase(name), name);
         if (!added && name < at->second) at->second = name;
       }
+      ::closedir(dir);
     }
     listed = true;
   }
@@ -134,8 +147,12 @@ const std::vector<std::string>& FolderCache::List(const fs::path& folder, const 
   const std::string key = UCase(extension);
   auto it = s.lists.find(key);
   if (it != s.lists.end()) return it->second;
-  // The same filter and order as ListFolder, which stays the one definition.
-  return s.lists[key] = ListFolder(folder, extension);
+  // ListFolder's filter and order, over the names read when the folder was listed.
+  std::vector<std::string>& list = s.lists[key];
+  for (const std::string& name : s.files)
+    if (HasExtension(name, extension)) list.push_back(name);
+  SortLikeListing(list);
+  return list;
 }
 
 std::optional<fs::path> FolderCache::Find(const fs::path& folder, const std::string& name) {

@@ -2,6 +2,7 @@
 // and the small formatter. See numbers.h.
 #include "runtime/numbers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -85,6 +86,16 @@ std::size_t DecimalLength(std::string_view text, std::size_t pos, bool& hasDigit
 
 // Converts a decimal number text (as measured by DecimalLength) to a double.
 double DecimalValue(std::string_view number) {
+  // Up to 15 digits without a point or exponent are a whole number that a
+  // double holds exactly: the same value strtod gives, sign of zero included.
+  const bool negative = !number.empty() && number[0] == '-';
+  const std::string_view digits = number.substr(!number.empty() && (number[0] == '-' || number[0] == '+'));
+  if (!digits.empty() && digits.size() <= 15 &&
+      std::all_of(digits.begin(), digits.end(), [](char c) { return IsDigit(c); })) {
+    int64_t whole = 0;
+    for (const char c : digits) whole = whole * 10 + (c - '0');
+    return negative ? -static_cast<double>(whole) : static_cast<double>(whole);
+  }
   std::string s(number);
   for (char& c : s)
     if (c == 'D' || c == 'd') c = 'E';
@@ -99,6 +110,12 @@ void RoundDecimal(double magnitude, int decimals, std::string& whole, std::strin
   whole = "0";
   fraction.assign(static_cast<std::size_t>(decimals), '0');
   if (magnitude == 0 || !std::isfinite(magnitude)) return;
+  // A whole number below 10^15 has all its digits among the 15 read below and
+  // nothing to round: its digits are the answer.
+  if (magnitude < 1e15 && magnitude == std::trunc(magnitude)) {
+    whole = std::to_string(static_cast<int64_t>(magnitude));
+    return;
+  }
   char buf[64];
   std::snprintf(buf, sizeof buf, "%.14e", magnitude);
   // buf: d.dddddddddddddde[+-]XX

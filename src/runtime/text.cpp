@@ -74,9 +74,17 @@ std::size_t DecodeUtf8(std::string_view s, std::size_t pos, char32_t& cp) {
 }  // namespace
 
 std::string UCase(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size();) {
+  std::string out(text);
+  // Plain ASCII is changed in place; the first other byte hands the rest to the decoder.
+  std::size_t i = 0;
+  for (; i < out.size(); ++i) {
+    const char c = out[i];
+    if (static_cast<unsigned char>(c) >= 0x80) break;
+    if (c >= 'a' && c <= 'z') out[i] = static_cast<char>(c - 'a' + 'A');
+  }
+  if (i == out.size()) return out;
+  out.resize(i);
+  for (; i < text.size();) {
     const char c = text[i];
     if (c >= 'a' && c <= 'z') {
       out += static_cast<char>(c - 'a' + 'A');
@@ -166,6 +174,10 @@ std::string ToCp1252(std::string_view utf8) {
 
 bool IsValidUtf8(std::string_view bytes) {
   for (std::size_t i = 0; i < bytes.size();) {
+    if (static_cast<unsigned char>(bytes[i]) < 0x80) {
+      ++i;
+      continue;
+    }
     char32_t cp = 0;
     const std::size_t length = DecodeUtf8(bytes, i, cp);
     if (length == 0) return false;

@@ -6,7 +6,10 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace bw {
@@ -78,6 +81,8 @@ struct ListBox {
 /// A combo box: a list plus its own editable text. Selecting an entry copies it
 /// into the text; Clear empties both.
 struct ComboBox {
+  /// The entries. Change them through Clear and AddItem: FindFirst keeps a map
+  /// of them that only those (or a new size or storage of the list) drop.
   std::vector<std::string> items;
   int listIndex = -1;
   std::string text;
@@ -88,10 +93,23 @@ struct ComboBox {
     items.clear();
     listIndex = -1;
     text.clear();
+    ++revision_;
   }
   void AddItem(const std::string& item, int index = -1) {
     if (index < 0 || index > static_cast<int>(items.size())) items.push_back(item);
     else items.insert(items.begin() + index, item);
+    ++revision_;
+  }
+  /// The index of the first entry whose keyOf(entry) is `key`; -1 when none. The
+  /// same answer as testing every entry in order, at the cost of one lookup
+  /// while the list stays as it is.
+  int FindFirst(const std::string& key, std::string (*keyOf)(std::string_view)) {
+    if (kept_.keyOf != keyOf || kept_.revision != revision_ || kept_.size != items.size() ||
+        kept_.data != items.data())
+      KeepKeys(keyOf);
+    auto it = kept_.first.find(key);
+    if (it == kept_.first.end()) return -1;
+    return it->second;
   }
   /// Selects entry `index` (-1 clears the selection and leaves the text).
   void Select(int index) {
@@ -102,6 +120,22 @@ struct ComboBox {
       listIndex = -1;
     }
   }
+
+ private:
+  void KeepKeys(std::string (*keyOf)(std::string_view)) {
+    kept_ = {keyOf, revision_, items.size(), items.data(), {}};
+    for (std::size_t i = 0; i < items.size(); ++i) kept_.first.emplace(keyOf(items[i]), static_cast<int>(i));
+  }
+
+  uint64_t revision_ = 0;
+  /// Key -> first entry with that key, for the list as it was when taken.
+  struct KeptKeys {
+    std::string (*keyOf)(std::string_view) = nullptr;
+    uint64_t revision = 0;
+    std::size_t size = 0;
+    const std::string* data = nullptr;
+    std::unordered_map<std::string, int> first;
+  } kept_;
 };
 
 /// The main window F.

@@ -135,8 +135,15 @@ struct Program {
   /// command and reads it when the command ends in a RunTimeError.
   MessageSource ErrorSource;
 
+  /// How many messages Message has shown: a step that showed none may be
+  /// repeated from what it left behind.
+  uint64_t MessagesShown = 0;
+
   /// Shows a plain OK message (the common case) through the host.
-  void Message(const std::string& text) { host->MsgBox(text, MsgBoxStyle::OKOnly); }
+  void Message(const std::string& text) {
+    ++MessagesShown;
+    host->MsgBox(text, MsgBoxStyle::OKOnly);
+  }
 };
 
 /// While alive, messages are attributed to `file` and the reader's current line;
