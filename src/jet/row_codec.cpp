@@ -80,23 +80,56 @@ Value VariableValue(const ColumnDef& c, bool jet4, const uint8_t* p, size_t len,
   return v;
 }
 
+/// Where a stored row keeps its column count and null mask; not `sound` when
+/// the row is too short to hold them.
+struct RowFrame {
+  bool sound = false;
+  size_t countSize = 0, numCols = 0, maskLen = 0;
+  const uint8_t* mask = nullptr;
+};
+
+RowFrame FrameOf(bool jet4, const uint8_t* row, size_t length) {
+  RowFrame f;
+  f.countSize = jet4 ? 2 : 1;
+  if (length < f.countSize + 1) return f;
+  f.numCols = jet4 ? Get16(row) : row[0];
+  f.maskLen = (f.numCols + 7) / 8;
+  if (f.maskLen + f.countSize > length) return f;
+  f.mask = row + length - f.maskLen;
+  f.sound = true;
+  return f;
+}
+
+/// A fixed-width column of a sound row (Yes/No lives in the null mask).
+Value FixedColumn(const RowFrame& f, const ColumnDef& c, bool jet4, const uint8_t* row, size_t length) {
+  const bool present = c.number < f.numCols && NullBit(f.mask, f.maskLen, c.number);
+  if (c.type == ColumnType::kBoolean) return Value::Boolean(present);
+  if (!present) return {};
+  const size_t start = f.countSize + c.fixedOffset;
+  // Types without a width of their own (text, binary, any other a file
+  // may name) take the column's length, as FixedValue reads them.
+  const size_t width = FixedSize(c.type) > 0 ? FixedSize(c.type) : c.length;
+  if (start + width > length) return {};
+  return FixedValue(c, jet4, row + start);
+}
+
 }  // namespace
 
+Value DecodeFixedColumn(const TableDef& def, bool jet4, const uint8_t* row, size_t length, size_t column) {
+  const RowFrame f = FrameOf(jet4, row, length);
+  if (!f.sound) return {};
+  return FixedColumn(f, def.columns[column], jet4, row, length);
+}
+
 std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row, size_t length,
-                             const LongValueReader& readLong, const std::vector<bool>* only) {
+                             const LongValueReader& readLong) {
   std::vector<Value> out(def.columns.size());
-  const size_t countSize = jet4 ? 2 : 1;
-  if (length < countSize + 1) return out;
-  size_t numCols = jet4 ? Get16(row) : row[0];
-  size_t maskLen = (numCols + 7) / 8;
-  if (maskLen + countSize > length) return out;
-  const uint8_t* mask = row + length - maskLen;
+  const RowFrame f = FrameOf(jet4, row, length);
+  if (!f.sound) return out;
+  const size_t maskLen = f.maskLen;
   // Offsets of the variable columns; entry varCount is the end of their data.
   std::vector<size_t> varOffsets;
-  bool anyVariable = false;
-  for (size_t k = 0; k < def.columns.size() && !anyVariable; ++k)
-    anyVariable = !def.columns[k].fixed() && (!only || (*only)[k]);
-  if (def.varColumns > 0 && anyVariable) {
+  if (def.varColumns > 0) {
     if (jet4) {
       if (length < maskLen + 2) return out;
       size_t at = length - maskLen - 2;
@@ -118,28 +151,17 @@ std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row,
     }
   }
   for (size_t k = 0; k < def.columns.size(); ++k) {
-    if (only && !(*only)[k]) continue;
     const ColumnDef& c = def.columns[k];
-    bool present = c.number < numCols && NullBit(mask, maskLen, c.number);
-    if (c.type == ColumnType::kBoolean) {
-      out[k] = Value::Boolean(present);
+    if (c.fixed() || c.type == ColumnType::kBoolean) {
+      out[k] = FixedColumn(f, c, jet4, row, length);
       continue;
     }
-    if (!present) continue;
-    if (c.fixed()) {
-      size_t start = countSize + c.fixedOffset;
-      // Types without a width of their own (text, binary, any other a file
-      // may name) take the column's length, as FixedValue reads them.
-      size_t width = FixedSize(c.type) > 0 ? FixedSize(c.type) : c.length;
-      if (start + width > length) continue;
-      out[k] = FixedValue(c, jet4, row + start);
-    } else {
-      if (size_t(c.varIndex) + 1 >= varOffsets.size()) continue;
-      size_t start = varOffsets[c.varIndex];
-      size_t end = varOffsets[c.varIndex + 1];
-      if (end < start || end > length) continue;
-      out[k] = VariableValue(c, jet4, row + start, end - start, readLong);
-    }
+    if (!(c.number < f.numCols && NullBit(f.mask, maskLen, c.number))) continue;
+    if (size_t(c.varIndex) + 1 >= varOffsets.size()) continue;
+    size_t start = varOffsets[c.varIndex];
+    size_t end = varOffsets[c.varIndex + 1];
+    if (end < start || end > length) continue;
+    out[k] = VariableValue(c, jet4, row + start, end - start, readLong);
   }
   return out;
 }

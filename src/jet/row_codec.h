@@ -83,11 +83,12 @@ using LongValueReader = std::function<Bytes(const uint8_t* header)>;
 /// followed by the bytes when they stay in the row).
 using LongValueWriter = std::function<Bytes(const Bytes& payload)>;
 
-/// Decodes a stored row into one value per column of `def.columns`. With
-/// `only` (one flag per column), the columns not flagged come back Null and
-/// cost nothing.
+/// Decodes a stored row into one value per column of `def.columns`.
 std::vector<Value> DecodeRow(const TableDef& def, bool jet4, const uint8_t* row, size_t length,
-                             const LongValueReader& readLong, const std::vector<bool>* only = nullptr);
+                             const LongValueReader& readLong);
+/// Decodes one fixed-width (or Yes/No) column of a stored row, as DecodeRow
+/// would, without touching the others.
+Value DecodeFixedColumn(const TableDef& def, bool jet4, const uint8_t* row, size_t length, size_t column);
 
 /// Encodes values (one per column of `def.columns`) as a Jet 4 row. Values
 /// are converted to the column type; text longer than its column throws 3163.

@@ -101,11 +101,9 @@ std::vector<Value> Table::ReadRow(RowId id, bool longValues) {
                    [this, longValues](const uint8_t* h) { return longValues ? ReadLongValue(h) : Bytes(); });
 }
 
-void Table::Scan(const std::vector<bool>& columns,
-                 const std::function<void(RowId, const std::vector<Value>&)>& visit) {
+void Table::ScanFixedColumn(int column, const std::function<void(RowId, const Value&)>& visit) {
   PageFile& f = db_.file();
   const bool j4 = f.jet4();
-  auto noLongValues = [](const uint8_t*) { return Bytes(); };
   for (uint32_t p : OwnedPages()) {
     const Bytes* pg = &f.Page(p);
     if ((*pg)[0] != page_type::kData || PageOwner(*pg) != def_.page) continue;
@@ -120,8 +118,8 @@ void Table::Scan(const std::vector<bool>& columns,
       const Bytes& rowPage = f.Page(at.page);
       size_t start, len;
       SlotBounds(rowPage, j4, at.row, start, len);
-      visit(id, DecodeRow(def_, j4, rowPage.data() + start, len, noLongValues, &columns));
-      pg = &f.Page(p);
+      visit(id, DecodeFixedColumn(def_, j4, rowPage.data() + start, len, size_t(column)));
+      if (at.page != p) pg = &f.Page(p);
     }
   }
 }

@@ -47,10 +47,10 @@ class Table {
   /// Without `longValues`, memo and OLE columns come back empty and their
   /// pages are not read (for lookups over the short columns).
   std::vector<Value> ReadRow(RowId id, bool longValues = true);
-  /// Visits every live row in table order with the values of the flagged
-  /// columns (one flag per column; the others Null, long values not read):
-  /// one pass over the data pages, for building lookups over a few columns.
-  void Scan(const std::vector<bool>& columns, const std::function<void(RowId, const std::vector<Value>&)>& visit);
+  /// Visits every live row in table order with its value in one fixed-width
+  /// column: one pass over the data pages that decodes nothing else, for
+  /// building lookups.
+  void ScanFixedColumn(int column, const std::function<void(RowId, const Value&)>& visit);
   /// Counts the row writes begun on this table (insert, update, delete), so a
   /// reader keeping facts about its rows can tell whether they still hold.
   uint64_t changeCount() const { return changeCount_; }

@@ -52,15 +52,14 @@ bool CodeRowIndex::Build(jet::Table& table) {
   function_ = table.ColumnIndex("FunctionID");
   device_ = table.ColumnIndex("DeviceID");
   if (label_ < 0 || button_ < 0 || function_ < 0 || device_ < 0) return false;
-  if (!WholeNumberColumn(table, device_) || !ShortColumn(table, label_) || !ShortColumn(table, button_) ||
-      !ShortColumn(table, function_))
+  // The device column is read on its own from every row: it must sit at a fixed place.
+  if (!WholeNumberColumn(table, device_) || !table.def().columns[size_t(device_)].fixed() ||
+      !ShortColumn(table, label_) || !ShortColumn(table, button_) || !ShortColumn(table, function_))
     return false;
   try {
-    std::vector<bool> deviceOnly(table.def().columns.size(), false);
-    deviceOnly[size_t(device_)] = true;
     // Row ids grow in table order, so each device's list comes out sorted.
-    table.Scan(deviceOnly, [this](RowId id, const std::vector<Value>& values) {
-      devices_[values[size_t(device_)].AsInteger()].rows.push_back(id.Packed());
+    table.ScanFixedColumn(device_, [this](RowId id, const Value& device) {
+      devices_[device.AsInteger()].rows.push_back(id.Packed());
     });
   } catch (...) {
     // A row that cannot be read is left for the walk to meet and report.
