@@ -47,7 +47,8 @@ struct Walk {
 
   /// Leaves are chained all along their level, node pages only to siblings under one parent.
   void CheckChains() {
-    for (const auto& [depth, pages] : levels)
+    for (const auto& level : levels) {
+      const auto& pages = level.second;  // a name the lambda below can take (older clang cannot take a binding)
       for (size_t i = 0; i < pages.size(); ++i) {
         auto sibling = [&](size_t j) { return pages[i].leaf || parent[pages[j].number] == parent[pages[i].number]; };
         uint32_t prev = i == 0 || !sibling(i - 1) ? 0 : pages[i - 1].number;
@@ -56,6 +57,7 @@ struct Walk {
           Fail("page " + std::to_string(pages[i].number) + " is chained to " + std::to_string(pages[i].prev) + "/" +
                std::to_string(pages[i].next) + " instead of " + std::to_string(prev) + "/" + std::to_string(next));
       }
+    }
   }
 };
 
