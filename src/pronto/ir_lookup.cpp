@@ -45,7 +45,7 @@ uint64_t Hash(const std::string& a, const std::string& b, const std::string& c, 
 // ---- "IR Codes" ----
 
 bool CodeRowIndex::Build(jet::Table& table) {
-  table_ = nullptr;
+  Forget();
   devices_.clear();
   label_ = table.ColumnIndex("Label");
   button_ = table.ColumnIndex("ButtonID");
@@ -66,13 +66,8 @@ bool CodeRowIndex::Build(jet::Table& table) {
     devices_.clear();
     return false;
   }
-  table_ = &table;
   Synced(table);
   return true;
-}
-
-bool CodeRowIndex::Current(const jet::Table& table) const {
-  return table_ == &table && changeCount_ == table.changeCount();
 }
 
 uint64_t CodeRowIndex::KeyOf(const std::vector<Value>& values) const {
@@ -134,7 +129,7 @@ void CodeRowIndex::Remove(RowId id, const std::vector<Value>& values) {
 // ---- "Devices" ----
 
 bool DeviceRowIndex::Build(jet::Table& table) {
-  table_ = nullptr;
+  Forget();
   byModel_.clear();
   all_.clear();
   model_ = table.ColumnIndex("Model");
@@ -147,13 +142,8 @@ bool DeviceRowIndex::Build(jet::Table& table) {
     all_.clear();
     return false;
   }
-  table_ = &table;
   Synced(table);
   return true;
-}
-
-bool DeviceRowIndex::Current(const jet::Table& table) const {
-  return table_ == &table && changeCount_ == table.changeCount();
 }
 
 std::optional<RowId> DeviceRowIndex::LastOfModel(const std::string& model) const {

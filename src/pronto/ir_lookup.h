@@ -28,16 +28,34 @@ namespace jet {
 class Database;
 }
 
+/// The table a lookup was built over and that table's change count then: the
+/// lookup holds while both stay the same.
+class TableSync {
+ public:
+  /// True when built over `table` and no write has happened since behind our back.
+  bool Current(const jet::Table& table) const { return table_ == &table && changeCount_ == table.changeCount(); }
+  /// Records that the structure matches the table as it is now.
+  void Synced(const jet::Table& table) {
+    table_ = &table;
+    changeCount_ = table.changeCount();
+  }
+
+ protected:
+  void Forget() { table_ = nullptr; }
+
+ private:
+  const jet::Table* table_ = nullptr;
+  uint64_t changeCount_ = 0;
+};
+
 /// "IR Codes": rows by device, and within a device by (label, button,
 /// function), in table order. Opening reads only the device column of each
 /// row; a device's texts are read the first time that device is asked for,
 /// so storing one device into a large table reads the texts of its rows only.
-class CodeRowIndex {
+class CodeRowIndex : public TableSync {
  public:
   /// Reads the table; false when it cannot be served (then nothing is kept).
   bool Build(jet::Table& table);
-  /// True when built over `table` and no write has happened since behind our back.
-  bool Current(const jet::Table& table) const;
   /// The first row in table order whose upper-cased label, button and function
   /// texts equal the given ones and whose device id is `device`.
   std::optional<jet::RowId> Find(jet::Table& table, const std::string& label, const std::string& button,
@@ -45,8 +63,6 @@ class CodeRowIndex {
   /// Notes a row written with `values` (the row as stored).
   void Add(jet::RowId id, const std::vector<jet::Value>& values);
   void Remove(jet::RowId id, const std::vector<jet::Value>& values);
-  /// Records that the structure matches the table as it is now.
-  void Synced(const jet::Table& table) { changeCount_ = table.changeCount(); }
 
  private:
   /// One device's rows: packed ids in table order, and once its texts have
@@ -61,28 +77,22 @@ class CodeRowIndex {
   bool Matches(const std::vector<jet::Value>& values, const std::string& label, const std::string& button,
                const std::string& function, int64_t device) const;
 
-  const jet::Table* table_ = nullptr;
-  uint64_t changeCount_ = 0;
   int label_ = -1, button_ = -1, function_ = -1, device_ = -1;
   std::unordered_map<int64_t, DeviceRows> devices_;
 };
 
 /// "Devices": rows by upper-cased model, and every row, in table order.
-class DeviceRowIndex {
+class DeviceRowIndex : public TableSync {
  public:
   bool Build(jet::Table& table);
-  bool Current(const jet::Table& table) const;
   /// The last row in table order whose upper-cased model is `model`.
   std::optional<jet::RowId> LastOfModel(const std::string& model) const;
   /// The last row of the table.
   std::optional<jet::RowId> Last() const;
   void Add(jet::RowId id, const std::vector<jet::Value>& values);
-  void Synced(const jet::Table& table) { changeCount_ = table.changeCount(); }
   int deviceColumn() const { return device_; }
 
  private:
-  const jet::Table* table_ = nullptr;
-  uint64_t changeCount_ = 0;
   int model_ = -1, device_ = -1;
   std::unordered_map<std::string, std::set<uint32_t>> byModel_;
   std::set<uint32_t> all_;
